@@ -1,0 +1,11 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "PlatformKit/Base/Limits.h"
+
+namespace fi {
+
+DecodeLimits& decodeLimits() {
+    static DecodeLimits limits;
+    return limits;
+}
+
+}  // namespace fi
