@@ -1,0 +1,11 @@
+// SPDX-License-Identifier: Apache-2.0
+// Everything that the library offers.
+#pragma once
+
+#include "FileImporter/CFileImporterCocoa.h"
+#include "FileImporter/CFileSearchDC.h"
+#include "FileImporter/DcfNames.h"
+#include "FileImporter/FileSearchDC.h"
+#include "FileImporter/FileTypeCodes.h"
+#include "FileImporter/Records.h"
+#include "FileImporter/ResultCodes.h"
