@@ -1,0 +1,52 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
+"""The files explain themselves to whoever has only this repository: every document that is named is
+here, and nothing points at a ticket, a chapter of a paper elsewhere, or one person's machine."""
+
+import re
+
+import tracked
+
+TEXT = {"", ".h", ".cpp", ".c", ".md", ".py", ".sh", ".txt", ".cmake", ".in", ".json", ".map", ".1"}
+DOCUMENT = re.compile(r"[\w./-]*\w\.md\b")
+# The brackets keep these patterns from finding themselves.
+ELSEWHERE = [
+    (re.compile(r"\bPart[ ]\d+(\.\d+)*\b"), "a chapter of a paper that is not here"),
+    (re.compile(r"\b[Ii]ssue[ ]#?\d+\b"), "a ticket: say what it is about instead"),
+    (re.compile(r"(?<![\w.])/(root|work)/[\w.]"), "a path of one machine"),
+    (re.compile(r"(?<![\w.])/home/(?!user\b|someone\b|me\b)[a-z]"), "a path of one machine"),
+    (re.compile(r"(?<![\w.])/tmp/[w]/"), "a path of one machine"),
+    (re.compile(r"\b(TO[D]O|FIX[M]E|X[X]X)\b"), "a promise: keep it or leave it out"),
+]
+
+
+def is_here(name, known):
+    return any(str(path) == name or str(path).endswith("/" + name.removeprefix("../").removeprefix("./"))
+               for path in known)
+
+
+def findings_in(number, line, known):
+    for pattern, what in ELSEWHERE:
+        found = pattern.search(line)
+        if found:
+            yield f"{number}: '{found.group(0)}' is {what}"
+    for name in DOCUMENT.findall(line):
+        if not is_here(name, known):
+            yield f"{number}: {name} is not in the repository"
+
+
+def check():
+    root = tracked.arguments(__doc__).root
+    known = tracked.files(root)
+    findings, count = [], 0
+    for path in known:
+        if path.suffix not in TEXT or path.name == "LICENSE":
+            continue
+        count += 1
+        for number, line in enumerate(tracked.lines(root, path), 1):
+            findings += [f"{path}:{finding}" for finding in findings_in(number, line, known)]
+    return tracked.report(findings, f"{count} files")
+
+
+if __name__ == "__main__":
+    tracked.main(check)

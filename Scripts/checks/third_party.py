@@ -1,0 +1,72 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
+"""Each third-party header is included in its one room, and there in .cpp files alone, so that a
+library can be exchanged by changing one folder."""
+
+import re
+
+import tracked
+
+KIT = "Sources/PlatformKit"
+# What an include names, and the folders it may be included in.
+ROOMS = [
+    (r"(jpeglib|jerror|jconfig|jmorecfg|turbojpeg)\.h", [f"{KIT}/Codecs/Jpeg"]),
+    (r"(tiffio|tiff|tiffconf)\.h", [f"{KIT}/Codecs/Tiff"]),
+    (r"png\.h", [f"{KIT}/Codecs/Png"]),
+    (r"zimg.*", [f"{KIT}/Drawing/Scaling"]),
+    (r"pixman.*", [f"{KIT}/Drawing"]),
+    (r"lcms2.*", [f"{KIT}/Drawing/Colour"]),
+    (r"utf8proc\.h", [f"{KIT}/Text"]),
+    (r"iconv\.h", [f"{KIT}/Text"]),
+    (r"plist/.*", [f"{KIT}/Files/PropertyList"]),
+    (r"syslog\.h", [f"{KIT}/Base"]),
+    (r"libmount/.*", [f"{KIT}/Devices"]),
+    (r"libudev\.h", [f"{KIT}/Devices"]),
+    (r"poppler.*", ["Helpers/pdf"]),
+    (r"(CLI|nlohmann|fmt|spdlog|pango|cairo|gio|glib-object)/.*", ["Tools/fileimporter", "Examples"]),
+    (r"(pango|pangocairo|cairo.*)\.h", ["Tools/fileimporter", "Examples"]),
+    (r"(gtest|gmock)/.*", ["Tests"]),
+    (r"umockdev.*", ["Tests"]),
+    (r"benchmark/.*", ["Bench"]),
+]
+# A tool, an example or a test is nobody's foundation: its own headers may name what it uses.
+HEADERS_MAY = ("Tools/", "Examples/", "Tests/", "Bench/")
+# Tests may ask a library directly for a second opinion on what the room above it did.
+SECOND_OPINION = ("Tests/", "Bench/")
+INCLUDE = re.compile(r'^\s*#\s*include\s*[<"]([^>"]+)[>"]')
+TABLE = [(re.compile(pattern), folders) for pattern, folders in ROOMS]
+
+
+def fault(path, header):
+    for pattern, folders in TABLE:
+        if not pattern.fullmatch(header):
+            continue
+        place = str(path)
+        if place.startswith(SECOND_OPINION):
+            # Their own frameworks stay theirs; the product's libraries are only looked at.
+            if folders[0] not in ("Tests", "Bench"):
+                return None
+        if not any(place.startswith(folder + "/") for folder in folders):
+            return f"<{header}> belongs into {' or '.join(folders)}"
+        if path.suffix == ".h" and not place.startswith(HEADERS_MAY):
+            return f"<{header}> in a header: only .cpp files of {folders[0]} may see it"
+    return None
+
+
+def check():
+    root = tracked.arguments(__doc__).root
+    findings, count = [], 0
+    for path in tracked.files(root):
+        if path.suffix not in tracked.CPP:
+            continue
+        count += 1
+        for number, line in enumerate(tracked.lines(root, path), 1):
+            include = INCLUDE.match(line)
+            what = fault(path, include.group(1)) if include else None
+            if what:
+                findings.append(f"{path}:{number}: {what}")
+    return tracked.report(findings, f"{count} files")
+
+
+if __name__ == "__main__":
+    tracked.main(check)
