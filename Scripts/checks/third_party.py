@@ -8,7 +8,7 @@ import re
 import tracked
 
 KIT = "Sources/PlatformKit"
-# What an include names, and the folders it may be included in.
+# What an include names, and where it may be included: in files whose path begins like this.
 ROOMS = [
     (r"(jpeglib|jerror|jconfig|jmorecfg|turbojpeg)\.h", [f"{KIT}/Codecs/Jpeg"]),
     (r"(tiffio|tiff|tiffconf)\.h", [f"{KIT}/Codecs/Tiff"]),
@@ -20,7 +20,7 @@ ROOMS = [
     (r"iconv\.h", [f"{KIT}/Text"]),
     (r"plist/.*", [f"{KIT}/Files/PropertyList"]),
     (r"syslog\.h", [f"{KIT}/Base"]),
-    (r"libmount/.*", [f"{KIT}/Devices"]),
+    (r"libmount/.*", [f"{KIT}/Files/MountTable"]),
     (r"libudev\.h", [f"{KIT}/Devices"]),
     (r"poppler.*", ["Helpers/pdf"]),
     (r"(CLI|nlohmann|fmt|spdlog|pango|cairo|gio|glib-object)/.*", ["Tools/fileimporter", "Examples"]),
@@ -46,7 +46,7 @@ def fault(path, header):
             # Their own frameworks stay theirs; the product's libraries are only looked at.
             if folders[0] not in ("Tests", "Bench"):
                 return None
-        if not any(place.startswith(folder + "/") for folder in folders):
+        if not any(place.startswith((folder + "/", folder + ".")) for folder in folders):
             return f"<{header}> belongs into {' or '.join(folders)}"
         if path.suffix == ".h" and not place.startswith(HEADERS_MAY):
             return f"<{header}> in a header: only .cpp files of {folders[0]} may see it"
