@@ -77,6 +77,9 @@ CodecResult<ImageHeader> JpegHeaderReader::read() {
         take(*segment);
     }
     if (!m_hasFrame) return fail(CodecError::Damaged, "The file does not say how large its picture is.");
+    if (m_header.bitsPerComponent < 2 || m_header.bitsPerComponent > 16) {
+        return fail(CodecError::Damaged, "The file declares a depth that JPEG does not have.");
+    }
     if (m_header.width == 0 || m_header.height == 0 || m_header.components == 0) {
         return fail(CodecError::Damaged, "The file declares an empty picture.");
     }

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <cstring>
 #include <new>
 
 #include <jpeglib.h>
@@ -13,13 +12,13 @@
 #include "PlatformKit/Base/Limits.h"
 #include "PlatformKit/Codecs/JpegInput.h"
 #include "PlatformKit/Codecs/JpegTrap.h"
+#include "PlatformKit/Codecs/UnreadRows.h"
 
 namespace fi {
 
 namespace {
 
 constexpr uint32_t kRowsAtOnce = 16;  // one row of blocks of the usual 4:2:0 picture
-constexpr uint8_t kUnreadLevel = 128;
 
 /// What the steps work on. Trivial, because libjpeg may jump out of any of them.
 struct Work {
@@ -97,15 +96,6 @@ void convertInks(uint8_t* pixel, uint32_t count, bool inverted) {
             pixel[i] = static_cast<uint8_t>((product + 127) / 255);
         }
         pixel[3] = 255;
-    }
-}
-
-/// Rows that no data came for are gray, as libjpeg itself paints them where a file is cut.
-void markUnread(uint8_t* row, uint32_t width, PixelLayout layout) {
-    std::memset(row, kUnreadLevel, size_t{width} * bytesPerPixel(layout));
-    if (layout == PixelLayout::Gray8) return;
-    for (uint32_t x = 0; x < width; ++x) {
-        row[4 * size_t{x} + 3] = 255;
     }
 }
 
@@ -214,9 +204,7 @@ private:
         for (uint32_t y = 0; y < info.output_scanline; ++y) {
             if (info.out_color_space == JCS_CMYK) convertInks(pixels.row(y), pixels.width(), inverted);
         }
-        for (uint32_t y = info.output_scanline; y < pixels.height(); ++y) {
-            markUnread(pixels.row(y), pixels.width(), pixels.layout());
-        }
+        markUnread(pixels, info.output_scanline, info.output_height - info.output_scanline);
     }
 
     JpegTrap m_trap;

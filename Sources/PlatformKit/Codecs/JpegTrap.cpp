@@ -15,7 +15,7 @@ struct JpegTrap::State {
     jpeg_error_mgr manager;  // first: libjpeg hands it back as the address of the whole
     std::jmp_buf escape;
     CodecError code;
-    char text[JMSG_LENGTH_MAX];
+    char text[JMSG_LENGTH_MAX + 64];
     bool guessed;
 
     static State& of(jpeg_common_struct* info) { return *reinterpret_cast<State*>(info->err); }
@@ -60,7 +60,9 @@ JpegTrap::JpegTrap() : m_state(new State{}) {
     manager.error_exit = [](j_common_ptr info) {
         State& state = State::of(info);
         state.code = meaning(info->err->msg_code);
-        info->err->format_message(info, state.text);
+        char words[JMSG_LENGTH_MAX];
+        info->err->format_message(info, words);
+        std::snprintf(state.text, sizeof state.text, "The JPEG data cannot be used: %s.", words);
         std::longjmp(state.escape, 1);
     };
     manager.emit_message = [](j_common_ptr info, int level) {

@@ -1,0 +1,208 @@
+// SPDX-License-Identifier: Apache-2.0
+// libtiff's RGBA reader knows every photometric kind; it is asked for one band of rows at a time, so
+// that a bad strip costs its own rows only.
+#include "PlatformKit/Codecs/TiffDecoder.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstring>
+
+#include <tiffio.h>
+
+#include "PlatformKit/Base/Limits.h"
+#include "PlatformKit/Codecs/UnreadRows.h"
+
+namespace fi {
+
+struct TiffDecoder::Raster {
+    TIFFRGBAImage image{};
+    bool begun = false;
+    bool gray = false;
+    bool transparent = false;
+};
+
+namespace {
+
+CodecFailure failure(CodecError code, std::string text) {
+    return CodecFailure{code, std::move(text)};
+}
+
+/// A word of libtiff's raster as the bytes R, G, B, A.
+uint32_t inByteOrder(uint32_t word) {
+    if constexpr (std::endian::native == std::endian::big) return __builtin_bswap32(word);
+    return word;
+}
+
+/// Lays a pixel, whose colors are already multiplied with its alpha, on white.
+void layOnWhite(uint8_t* pixel) {
+    const int white = 255 - pixel[3];
+    for (int i = 0; i < 3; ++i) {
+        pixel[i] = static_cast<uint8_t>(std::min(pixel[i] + white, 255));
+    }
+}
+
+bool isPlain(const PixelBuffer& pixels) {
+    const uint32_t bytes = bytesPerPixel(pixels.layout());
+    for (uint32_t y = 0; y < pixels.height(); ++y) {
+        for (uint32_t x = 0; x < pixels.width(); ++x) {
+            if (std::memcmp(pixels.row(y) + size_t{x} * bytes, pixels.row(0), bytes) != 0) return false;
+        }
+    }
+    return true;
+}
+
+/// True when the file says that its first additional sample is an alpha. Additional samples without a
+/// meaning are often masks that an editor left behind: they hide nothing.
+bool saysAlpha(TIFF* tiff) {
+    uint16_t count = 0;
+    uint16_t* kinds = nullptr;
+    if (TIFFGetFieldDefaulted(tiff, TIFFTAG_EXTRASAMPLES, &count, &kinds) == 0 || count == 0) return false;
+    return kinds[0] == EXTRASAMPLE_ASSOCALPHA || kinds[0] == EXTRASAMPLE_UNASSALPHA;
+}
+
+}  // namespace
+
+TiffDecoder::TiffDecoder(TiffHandle& handle) : m_handle(handle), m_raster(new Raster) {}
+
+TiffDecoder::~TiffDecoder() {
+    if (m_raster->begun) TIFFRGBAImageEnd(&m_raster->image);
+}
+
+CodecResult<DecodedPicture> TiffDecoder::decode() {
+    if (auto refusal = checkLimits()) return Failure{std::move(*refusal)};
+    if (auto refusal = begin()) return Failure{std::move(*refusal)};
+    const TIFFRGBAImage& image = m_raster->image;
+    auto pixels = PixelBuffer::create(image.width, image.height,
+                                      m_raster->gray ? PixelLayout::Gray8 : PixelLayout::RGBX32);
+    if (!pixels)
+        return Failure{failure(CodecError::NoMemory, "There is not enough memory for the picture.")};
+    m_handle.fillUpCutData();
+    const uint32_t step = bandRows();
+    if (m_raster->gray) m_band.resize(size_t{image.width} * step);
+    bool anyWhole = false;
+    for (uint32_t y = 0; y < image.height; y += step) {
+        const uint32_t errorsBefore = m_handle.errors();
+        const uint32_t rows = std::min(step, image.height - y);
+        if (!readBand(*pixels, y, rows)) {
+            markUnread(*pixels, y, rows);
+        } else if (m_handle.errors() == errorsBefore) {
+            anyWhole = true;
+        }
+        if (image.height - y <= step) break;  // the sum might wrap
+    }
+    if (!anyWhole && isPlain(*pixels)) {
+        return Failure{
+            failure(CodecError::Damaged, "No part of the picture can be read: " + m_handle.lastError())};
+    }
+    return DecodedPicture{std::move(*pixels), m_handle.errors() > 0};
+}
+
+std::optional<CodecFailure> TiffDecoder::checkLimits() const {
+    const DecodeLimits& limits = decodeLimits();
+    uint32_t width = 0;
+    uint32_t height = 0;
+    TIFFGetField(m_handle.get(), TIFFTAG_IMAGEWIDTH, &width);
+    TIFFGetField(m_handle.get(), TIFFTAG_IMAGELENGTH, &height);
+    if (width == 0 || height == 0)
+        return failure(CodecError::Damaged, "The file declares an empty picture.");
+    if (width > limits.maximumSide || height > limits.maximumSide) {
+        return failure(CodecError::LimitExceeded, "A side of the picture is longer than is allowed.");
+    }
+    const uint64_t pixelCount = uint64_t{width} * height;
+    if (pixelCount > limits.maximumPixels) {
+        return failure(CodecError::LimitExceeded, "The picture has more pixels than is allowed.");
+    }
+    const bool tiled = TIFFIsTiled(m_handle.get()) != 0;
+    const tmsize_t unit = tiled ? TIFFTileSize(m_handle.get()) : TIFFStripSize(m_handle.get());
+    if (unit <= 0) return failure(CodecError::Damaged, "The file's strips have no size.");
+    if (pixelCount * 4 + static_cast<uint64_t>(unit) > limits.maximumBytes) {
+        return failure(CodecError::LimitExceeded, "The picture needs more memory than is allowed.");
+    }
+    return std::nullopt;
+}
+
+std::optional<CodecFailure> TiffDecoder::begin() {
+    char text[1024] = "";
+    TIFF* const tiff = m_handle.get();
+    TIFFRGBAImage& image = m_raster->image;
+    if (TIFFRGBAImageOK(tiff, text) == 0 || TIFFRGBAImageBegin(&image, tiff, 0, text) == 0) {
+        return failure(CodecError::Unsupported,
+                       std::string("This kind of TIFF picture is not read: ") + text);
+    }
+    m_raster->begun = true;
+    // Asking for the orientation that the file has leaves its rows as they are.
+    image.req_orientation = image.orientation;
+    m_raster->gray =
+        image.photometric == PHOTOMETRIC_MINISBLACK || image.photometric == PHOTOMETRIC_MINISWHITE;
+    m_raster->transparent = image.alpha != 0 && saysAlpha(tiff);
+    giveExactTileBuffer();
+    return std::nullopt;
+}
+
+/// libtiff's own buffer is rounded up to whole kilobytes, and its RGBA reader then refuses tiles that are
+/// not compressed for being shorter than the buffer.
+void TiffDecoder::giveExactTileBuffer() {
+    TIFF* const tiff = m_handle.get();
+    uint16_t compression = 0;
+    TIFFGetFieldDefaulted(tiff, TIFFTAG_COMPRESSION, &compression);
+    if (TIFFIsTiled(tiff) == 0 || compression != COMPRESSION_NONE) return;
+    m_tile.resize(static_cast<size_t>(TIFFTileSize(tiff)));
+    TIFFReadBufferSetup(tiff, m_tile.data(), static_cast<tmsize_t>(m_tile.size()));
+}
+
+uint32_t TiffDecoder::bandRows() const {
+    const TIFFRGBAImage& image = m_raster->image;
+    uint32_t rows = 0;
+    if (TIFFIsTiled(m_handle.get()) != 0) {
+        TIFFGetField(m_handle.get(), TIFFTAG_TILELENGTH, &rows);
+    } else {
+        TIFFGetFieldDefaulted(m_handle.get(), TIFFTAG_ROWSPERSTRIP, &rows);
+    }
+    return rows == 0 ? image.height : std::min(rows, image.height);
+}
+
+bool TiffDecoder::readBand(PixelBuffer& pixels, uint32_t first, uint32_t rows) {
+    TIFFRGBAImage& image = m_raster->image;
+    image.row_offset = static_cast<int>(first);
+    image.col_offset = 0;
+    // libtiff packs its rows. They are read to where the band begins and moved apart afterwards.
+    uint32_t* const raster =
+        m_raster->gray ? m_band.data() : static_cast<uint32_t*>(static_cast<void*>(pixels.row(first)));
+    if (TIFFRGBAImageGet(&image, raster, image.width, rows) == 0) return false;
+    if (m_raster->gray) {
+        takeGray(pixels, first, rows);
+    } else {
+        spreadRows(pixels, first, rows);
+    }
+    return true;
+}
+
+void TiffDecoder::spreadRows(PixelBuffer& pixels, uint32_t first, uint32_t rows) const {
+    const size_t bytes = size_t{pixels.width()} * 4;
+    for (uint32_t i = rows; i-- > 0;) {
+        uint8_t* row = pixels.row(first + i);
+        std::memmove(row, pixels.row(first) + bytes * i, bytes);
+        for (size_t at = 0; at < bytes; at += 4) {
+            uint32_t word = 0;
+            std::memcpy(&word, row + at, 4);
+            word = inByteOrder(word);
+            std::memcpy(row + at, &word, 4);
+            if (m_raster->transparent) layOnWhite(row + at);
+            row[at + 3] = 255;
+        }
+    }
+}
+
+void TiffDecoder::takeGray(PixelBuffer& pixels, uint32_t first, uint32_t rows) const {
+    const uint32_t* word = m_band.data();
+    for (uint32_t y = first; y < first + rows; ++y) {
+        uint8_t* row = pixels.row(y);
+        for (uint32_t x = 0; x < pixels.width(); ++x, ++word) {
+            const uint32_t level = TIFFGetR(*word);
+            const uint32_t white = m_raster->transparent ? 255 - TIFFGetA(*word) : 0;
+            row[x] = static_cast<uint8_t>(std::min(level + white, 255U));
+        }
+    }
+}
+
+}  // namespace fi

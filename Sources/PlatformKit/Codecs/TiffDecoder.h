@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: Apache-2.0
+// Turns one opened TIFF page into plain pixels, strip by strip.
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "PlatformKit/Codecs/CodecTypes.h"
+#include "PlatformKit/Codecs/TiffHandle.h"
+
+namespace fi {
+
+class TiffDecoder {
+public:
+    /// The handle must be open and outlive the decoder.
+    explicit TiffDecoder(TiffHandle& handle);
+    ~TiffDecoder();
+    TiffDecoder(const TiffDecoder&) = delete;
+    TiffDecoder& operator=(const TiffDecoder&) = delete;
+
+    CodecResult<DecodedPicture> decode();
+
+private:
+    struct Raster;
+
+    [[nodiscard]] std::optional<CodecFailure> begin();
+    [[nodiscard]] std::optional<CodecFailure> checkLimits() const;
+    void giveExactTileBuffer();
+    [[nodiscard]] uint32_t bandRows() const;
+    bool readBand(PixelBuffer& pixels, uint32_t first, uint32_t rows);
+    void spreadRows(PixelBuffer& pixels, uint32_t first, uint32_t rows) const;
+    void takeGray(PixelBuffer& pixels, uint32_t first, uint32_t rows) const;
+
+    TiffHandle& m_handle;
+    std::unique_ptr<Raster> m_raster;
+    std::vector<uint8_t> m_tile;   // only for tiles without compression
+    std::vector<uint32_t> m_band;  // only for gray: libtiff makes words of four bytes
+};
+
+}  // namespace fi
