@@ -56,6 +56,8 @@ public:
 
 private:
     void followList();
+    void addReadHistory(CFArrayRef children);
+    void addIfPath(CFStringRef path);
 
     uint32_t m_listCount = 0;
     uint32_t m_nowListPos = 1;

@@ -107,6 +107,17 @@ size_t utf16Length(std::string_view text) {
     return units;
 }
 
+std::string asciiUnits(std::string_view text) {
+    std::string units;
+    for (size_t at = 0; at < text.size();) {
+        const Character character = characterAt(text, at);
+        const bool ascii = character.codepoint >= 0 && character.codepoint < kFirstBeyondASCII;
+        units.append(character.codepoint > kLastOfBasicPlane ? 2 : 1, ascii ? text[at] : '\xFF');
+        at += character.size;
+    }
+    return units;
+}
+
 std::string lowercased(std::string_view text) {
     return mapped(text, lowerASCII, utf8proc_tolower);
 }

@@ -13,6 +13,9 @@ namespace fi {
 /// UTF-16 code units of the text; a byte that is not part of valid UTF-8 counts as one.
 [[nodiscard]] size_t utf16Length(std::string_view text);
 
+/// The text with one byte for each UTF-16 unit: ASCII as it is, 0xFF for every other unit.
+[[nodiscard]] std::string asciiUnits(std::string_view text);
+
 /// Simple case mapping, character by character, in no locale (i and I are a pair everywhere).
 [[nodiscard]] std::string lowercased(std::string_view text);
 [[nodiscard]] std::string uppercased(std::string_view text);

@@ -1,0 +1,108 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "FileImporter/FileSearchDC.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <string>
+#include <unordered_set>
+
+#include "PhotoCollections/FolderWalk.h"
+#include "PlatformKit/Text/Unicode.h"
+
+namespace fi {
+
+class FileSearchDC::PathIndex {
+public:
+    /// Takes in what the list has gained since the last call.
+    void follow(const NSMutableArray& list) {
+        for (; m_followed < list.count(); ++m_followed) {
+            if (const auto* path = list.at<CFString>(m_followed))
+                m_forms.insert(canonicallyDecomposed(path->view()));
+        }
+    }
+
+    [[nodiscard]] bool contains(const std::string& form) const { return m_forms.contains(form); }
+
+private:
+    std::unordered_set<std::string> m_forms;
+    size_t m_followed = 0;
+};
+
+FileSearchDC::FileSearchDC() = default;
+
+FileSearchDC::~FileSearchDC() = default;
+
+void FileSearchDC::open(CFURLRef folder) {
+    m_searchDefaultDir = folder != nullptr ? fi::retain(folder->path()) : nullptr;
+}
+
+void FileSearchDC::close() {
+    m_index.reset();
+    if (m_filePathArray) {
+        m_filePathArray->removeAll();
+    } else {
+        m_filePathArray = NSMutableArray::create();
+    }
+}
+
+void FileSearchDC::searchStart(int32_t depth) {
+    m_searchDepth = depth;
+    if (!m_filePathArray) m_filePathArray = NSMutableArray::create();
+    searchFiles(m_searchDefaultDir.get(), 0, m_filePathArray.get());
+}
+
+bool FileSearchDC::fileUpdate(int32_t depth) {
+    m_searchDepth = depth;
+    const auto fresh = NSMutableArray::create();
+    searchFiles(m_searchDefaultDir.get(), 0, fresh.get());
+    if (fresh->count() == getFileNum()) {
+        fileSort(fresh.get());
+        if (!m_filePathArray || !fileCompare(fresh.get(), m_filePathArray.get())) return false;
+    }
+    m_filePathArray = NSMutableArray::createCopy(*fresh);
+    m_index.reset();
+    return true;
+}
+
+void FileSearchDC::searchFiles(CFStringRef folder, int32_t currentDepth, NSMutableArray* array) {
+    if (folder == nullptr || m_searchDepth <= currentDepth) return;
+    const int64_t levels = int64_t{m_searchDepth} - currentDepth;
+    FolderWalk(*array).walk(std::string(folder->view()),
+                            static_cast<int32_t>(std::min<int64_t>(levels, INT32_MAX)));
+}
+
+bool FileSearchDC::CheckExclusionFolders(CFStringRef name) const {
+    return name == nullptr || mayEnterFolder(name->view());
+}
+
+bool FileSearchDC::CheckJpgOrTif(CFStringRef path) const {
+    return path != nullptr && isListedPhoto(path->view());
+}
+
+void FileSearchDC::fileSort(NSMutableArray* /*array*/) {}
+
+bool FileSearchDC::fileCompare(CFArrayRef a, CFArrayRef b) const {
+    for (size_t i = 0; i < a->count(); ++i) {
+        if (!CFEqual(a->at(i), b->at(i))) return true;
+    }
+    return false;
+}
+
+void FileSearchDC::addFileFromPath(CFStringRef path) {
+    if (path == nullptr) return;
+    if (!m_filePathArray) m_filePathArray = NSMutableArray::create();
+    if (!m_index) m_index = std::make_unique<PathIndex>();
+    m_index->follow(*m_filePathArray);
+    if (m_index->contains(canonicallyDecomposed(path->view()))) return;
+    m_filePathArray->append(fi::retain<const NSObject>(path));
+}
+
+uint32_t FileSearchDC::getFileNum() const {
+    return m_filePathArray ? static_cast<uint32_t>(m_filePathArray->count()) : 0;
+}
+
+CFStringRef FileSearchDC::getStringAt(uint32_t index) const {
+    return m_filePathArray && index > 0 ? m_filePathArray->at<CFString>(index - 1) : nullptr;
+}
+
+}  // namespace fi
