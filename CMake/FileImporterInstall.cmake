@@ -1,20 +1,31 @@
 # SPDX-License-Identifier: Apache-2.0
+# What "cmake --install" lays down: the library with its headers, the CMake package, the pkg-config file
+# and the tool. All of it finds its parts by relative paths, so that a package can be unpacked anywhere.
 include(CMakePackageConfigHelpers)
 
-install(TARGETS FileImporter EXPORT FileImporterTargets
-  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
-install(DIRECTORY "${PROJECT_SOURCE_DIR}/Include/" DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
-install(EXPORT FileImporterTargets NAMESPACE FileImporter::
-  DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/FileImporter)
+set(package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/FileImporter")
+set(pkgconfig_dir "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
+
+install(TARGETS FileImporter EXPORT FileImporterTargets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/Include/" DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
+  FILES_MATCHING PATTERN "*.h")
+install(EXPORT FileImporterTargets NAMESPACE FileImporter:: DESTINATION ${package_dir})
 
 configure_package_config_file("${CMAKE_CURRENT_LIST_DIR}/FileImporterConfig.cmake.in"
-  "${PROJECT_BINARY_DIR}/FileImporterConfig.cmake"
-  INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/FileImporter)
+  "${PROJECT_BINARY_DIR}/FileImporterConfig.cmake" INSTALL_DESTINATION ${package_dir})
 write_basic_package_version_file("${PROJECT_BINARY_DIR}/FileImporterConfigVersion.cmake"
   COMPATIBILITY SameMajorVersion)
 install(FILES "${PROJECT_BINARY_DIR}/FileImporterConfig.cmake"
-  "${PROJECT_BINARY_DIR}/FileImporterConfigVersion.cmake"
-  DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/FileImporter)
+  "${PROJECT_BINARY_DIR}/FileImporterConfigVersion.cmake" DESTINATION ${package_dir})
 
+file(RELATIVE_PATH up_to_prefix "${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig" "${CMAKE_INSTALL_PREFIX}")
+string(REGEX REPLACE "/$" "" up_to_prefix "${up_to_prefix}")
 configure_file("${CMAKE_CURRENT_LIST_DIR}/fileimporter.pc.in" "${PROJECT_BINARY_DIR}/fileimporter.pc" @ONLY)
-install(FILES "${PROJECT_BINARY_DIR}/fileimporter.pc" DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+install(FILES "${PROJECT_BINARY_DIR}/fileimporter.pc" DESTINATION ${pkgconfig_dir})
+
+if(TARGET fileimporter)
+  file(RELATIVE_PATH bin_to_lib "${CMAKE_INSTALL_FULL_BINDIR}" "${CMAKE_INSTALL_FULL_LIBDIR}")
+  set_target_properties(fileimporter PROPERTIES INSTALL_RPATH "$ORIGIN/${bin_to_lib}")
+  install(TARGETS fileimporter RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+endif()
+install(FILES "${PROJECT_SOURCE_DIR}/LICENSE" DESTINATION ${CMAKE_INSTALL_DOCDIR})
