@@ -18,7 +18,9 @@ namespace fi {
 
 namespace {
 
-constexpr uint32_t kRowsAtOnce = 16;  // one row of blocks of the usual 4:2:0 picture
+constexpr uint32_t kRowsAtOnce = 16;                         // one row of blocks of the usual 4:2:0 picture
+constexpr uint64_t kMaximumBlockVisits = uint64_t{1} << 29;  // about a second's worth
+constexpr uint64_t kAlwaysScans = 64;                        // several times what encoders write
 
 /// What the steps work on. Trivial, because libjpeg may jump out of any of them.
 struct Work {
@@ -101,11 +103,10 @@ void convertInks(uint8_t* pixel, uint32_t count, bool inverted) {
 
 class JpegDecoder {
 public:
-    explicit JpegDecoder(ByteSource& source) : m_input(source) {
+    explicit JpegDecoder(ByteSource& source) : m_source(source), m_input(source) {
         m_work.info.err = m_trap.manager();
         m_work.info.src = m_input.manager();
         m_work.maximumBytes = decodeLimits().maximumBytes;
-        m_work.maximumScans = static_cast<int>(std::min<uint32_t>(decodeLimits().maximumScans, INT32_MAX));
     }
     ~JpegDecoder() { jpeg_destroy_decompress(&m_work.info); }
     JpegDecoder(const JpegDecoder&) = delete;
@@ -116,7 +117,7 @@ public:
         if (const auto refusal = checkKind()) return Failure{*refusal};
         setUp(floor);
         if (const auto refusal = checkLimits()) return Failure{*refusal};
-        if (m_input.atEnd()) return fail(CodecError::Damaged, "The file ends before the picture begins.");
+        limitScans();
         m_input.expectPixels();
         if (!m_trap.run<&startStep>(m_work)) return Failure{m_trap.failure()};
         return readRows();
@@ -155,19 +156,35 @@ private:
         info.output_height = (info.image_height * info.scale_num + 7) / 8;
     }
 
-    /// Bytes that libjpeg keeps for a picture of several scans: two for each coefficient.
-    [[nodiscard]] uint64_t coefficientBytes() const {
-        const jpeg_decompress_struct& info = m_work.info;
-        if (!jpeg_has_multiple_scans(const_cast<j_decompress_ptr>(&info))) return 0;
-        uint64_t blocks = 0;
-        for (int i = 0; i < info.num_components; ++i) {
-            // At most 8192 by 8192 blocks in each of ten components: far from 2^64.
-            blocks += uint64_t{info.comp_info[i].width_in_blocks} * info.comp_info[i].height_in_blocks;
+    [[nodiscard]] uint64_t blocks() const {
+        uint64_t count = 0;
+        for (int i = 0; i < m_work.info.num_components; ++i) {
+            // At most 8192 by 8192 blocks in each of four components: far from 2^64.
+            const jpeg_component_info& component = m_work.info.comp_info[i];
+            count += uint64_t{component.width_in_blocks} * component.height_in_blocks;
         }
-        return blocks * sizeof(JBLOCK);
+        return count;
     }
 
-    [[nodiscard]] std::optional<CodecFailure> checkLimits() const {
+    /// Bytes that libjpeg keeps for a picture of several scans.
+    [[nodiscard]] uint64_t coefficientBytes() {
+        return jpeg_has_multiple_scans(&m_work.info) ? blocks() * sizeof(JBLOCK) : 0;
+    }
+
+    /// Every scan visits every block, even when it has no data for them.
+    void limitScans() {
+        const uint64_t affordable =
+            std::max(kMaximumBlockVisits / std::max<uint64_t>(blocks(), 1), kAlwaysScans);
+        m_work.maximumScans = static_cast<int>(std::min<uint64_t>(decodeLimits().maximumScans, affordable));
+    }
+
+    /// A Huffman-coded block takes a bit at the very least. A file with room for less than a sixteenth of
+    /// them is no cut photo but a head that promises a huge picture.
+    [[nodiscard]] bool isHollow() const {
+        return !m_work.info.arith_code && m_source.size() < blocks() / (8 * 16);
+    }
+
+    [[nodiscard]] std::optional<CodecFailure> checkLimits() {
         const DecodeLimits& limits = decodeLimits();
         const jpeg_decompress_struct& info = m_work.info;
         if (info.image_width > limits.maximumSide || info.image_height > limits.maximumSide) {
@@ -182,6 +199,10 @@ private:
             return CodecFailure{CodecError::LimitExceeded,
                                 "The picture needs more memory than is allowed."};
         }
+        if (m_input.atEnd())
+            return CodecFailure{CodecError::Damaged, "The file ends before the picture begins."};
+        if (isHollow())
+            return CodecFailure{CodecError::Damaged, "The file is far too short for its picture."};
         return std::nullopt;
     }
 
@@ -207,6 +228,7 @@ private:
         markUnread(pixels, info.output_scanline, info.output_height - info.output_scanline);
     }
 
+    ByteSource& m_source;
     JpegTrap m_trap;
     JpegInput m_input;
     Work m_work{};
