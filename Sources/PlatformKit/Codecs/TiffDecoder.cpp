@@ -51,6 +51,33 @@ bool isPlain(const PixelBuffer& pixels) {
     return true;
 }
 
+/// How many bytes of samples one byte of the file can stand for, with room to spare for a file that is
+/// cut; 0 where there is no such bound.
+uint64_t mostBytesPerByte(uint16_t compression) {
+    switch (compression) {
+        case COMPRESSION_NONE:
+            return 16;
+        case COMPRESSION_PACKBITS:
+            return 64 * 16;
+        case COMPRESSION_LZW:
+        case COMPRESSION_DEFLATE:
+        case COMPRESSION_ADOBE_DEFLATE:
+            return 1024 * 16;
+        default:
+            return 0;
+    }
+}
+
+/// True when the strips or tiles are so many and the file is so short that nearly none can be there.
+bool isHollow(TIFF* tiff, uint64_t unitBytes, uint64_t fileBytes) {
+    uint16_t compression = COMPRESSION_NONE;
+    TIFFGetFieldDefaulted(tiff, TIFFTAG_COMPRESSION, &compression);
+    const uint64_t most = mostBytesPerByte(compression);
+    const uint64_t units = TIFFIsTiled(tiff) != 0 ? TIFFNumberOfTiles(tiff) : TIFFNumberOfStrips(tiff);
+    // A unit is below 2^31 bytes by the limit on memory, and their number is below 2^32.
+    return most != 0 && units * unitBytes / most > fileBytes;
+}
+
 /// True when the file says that its first additional sample is an alpha. Additional samples without a
 /// meaning are often masks that an editor left behind: they hide nothing.
 bool saysAlpha(TIFF* tiff) {
@@ -117,6 +144,9 @@ std::optional<CodecFailure> TiffDecoder::checkLimits() const {
     if (unit <= 0) return failure(CodecError::Damaged, "The file's strips have no size.");
     if (pixelCount * 4 + static_cast<uint64_t>(unit) > limits.maximumBytes) {
         return failure(CodecError::LimitExceeded, "The picture needs more memory than is allowed.");
+    }
+    if (isHollow(m_handle.get(), static_cast<uint64_t>(unit), m_handle.fileBytes())) {
+        return failure(CodecError::Damaged, "The file is far too short for its picture.");
     }
     return std::nullopt;
 }

@@ -103,6 +103,10 @@ tiff* TiffHandle::get() const {
     return m_state->tiff;
 }
 
+uint64_t TiffHandle::fileBytes() const {
+    return m_state->source->size();
+}
+
 void TiffHandle::fillUpCutData() {
     m_state->fillBudget = kMaximumFill;
 }

@@ -23,6 +23,9 @@ public:
 
     [[nodiscard]] tiff* get() const;
 
+    /// Length of the whole file.
+    [[nodiscard]] uint64_t fileBytes() const;
+
     /// From here on, picture data that begins in the file and is cut by its end is filled up with zeros,
     /// so that libtiff decodes the rows before the cut; each such read counts as an error.
     void fillUpCutData();

@@ -93,8 +93,9 @@ std::vector<uint8_t> mutated(std::vector<uint8_t> bytes, uint32_t seed, uint32_t
 
 size_t CountingSource::read(uint64_t offset, std::span<uint8_t> out) {
     m_largestRead = std::max(m_largestRead, out.size());
-    if (offset >= m_failsFrom) return 0;
-    const auto wanted = static_cast<size_t>(std::min<uint64_t>(out.size(), m_failsFrom - offset));
+    if (offset >= m_failsFrom && offset < m_failsTo) return 0;
+    const uint64_t reach = offset < m_failsFrom ? m_failsFrom - offset : out.size();
+    const auto wanted = static_cast<size_t>(std::min<uint64_t>(out.size(), reach));
     const size_t count = m_memory.read(offset, out.first(wanted));
     m_bytesRead += count;
     return count;

@@ -42,10 +42,16 @@ public:
     [[nodiscard]] uint64_t bytesRead() const { return m_bytesRead; }
     [[nodiscard]] size_t largestRead() const { return m_largestRead; }
     void failFrom(uint64_t offset) { m_failsFrom = offset; }
+    /// Bytes from `first` to before `end` cannot be read.
+    void makeHole(uint64_t first, uint64_t end) {
+        m_failsFrom = first;
+        m_failsTo = end;
+    }
 
 private:
     MemorySource m_memory;
     uint64_t m_failsFrom;
+    uint64_t m_failsTo = UINT64_MAX;
     uint64_t m_bytesRead = 0;
     size_t m_largestRead = 0;
 };
