@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: Apache-2.0
+// A file that is written under another name and takes its place in one step, when it is complete.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+
+namespace fi {
+
+class ReplacementFile {
+public:
+    /// For a file at `path`; a link is followed, so that the file that it points at is replaced.
+    explicit ReplacementFile(const std::string& path);
+    /// Removes what was written, unless it took its place.
+    ~ReplacementFile();
+    ReplacementFile(const ReplacementFile&) = delete;
+    ReplacementFile& operator=(const ReplacementFile&) = delete;
+
+    /// False when something that is no regular file is there, or no file can be made in its folder.
+    [[nodiscard]] bool isOpen() const { return m_descriptor >= 0; }
+    [[nodiscard]] bool write(std::span<const uint8_t> bytes);
+    /// Puts the file in its place. False, and the old file stays, when a write failed before.
+    [[nodiscard]] bool commit();
+
+private:
+    std::string m_path;
+    std::string m_writtenPath;
+    int m_descriptor = -1;
+    bool m_failed = false;
+};
+
+}  // namespace fi

@@ -1,0 +1,180 @@
+// SPDX-License-Identifier: Apache-2.0
+// Writing pictures: what is written can be read, and a failure leaves nothing behind.
+#include "PlatformKit/ImageDestination.h"
+
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+
+#include "PlatformKit/Imaging/ImagePixels.h"
+#include "PlatformKit/Imaging/Looks.h"
+#include "Support/Privileges.h"
+
+namespace fi::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+Ref<const CGImage> picture(uint32_t width = 200, uint32_t height = 150,
+                           PixelLayout layout = PixelLayout::RGBX32) {
+    return ImagePixels::makeImage(testPicture(width, height, layout), {});
+}
+
+bool write(const CGImage& image, const std::string& path, const char* type, ImageFailure* failure = nullptr,
+           const ImageWriteOptions& options = {}) {
+    return writeImage(image, CFURL::createFromPath(path).get(), CFString::create(type).get(), options,
+                      failure);
+}
+
+size_t itemsIn(const std::string& folder) {
+    return static_cast<size_t>(std::distance(fs::directory_iterator(folder), fs::directory_iterator()));
+}
+
+/// For its length no file may grow beyond some bytes, as on a full card.
+class FullDisk {
+public:
+    explicit FullDisk(rlim_t bytes) {
+        m_handler = signal(SIGXFSZ, SIG_IGN);
+        getrlimit(RLIMIT_FSIZE, &m_before);
+        const rlimit small{bytes, m_before.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &small);
+    }
+    ~FullDisk() {
+        setrlimit(RLIMIT_FSIZE, &m_before);
+        signal(SIGXFSZ, m_handler);
+    }
+    FullDisk(const FullDisk&) = delete;
+    FullDisk& operator=(const FullDisk&) = delete;
+
+private:
+    rlimit m_before{};
+    void (*m_handler)(int) = nullptr;
+};
+
+TEST(ImageDestination, WrittenPicturesCanBeRead) {
+    const TemporaryFolder folder;
+    for (const PixelLayout layout : {PixelLayout::RGBX32, PixelLayout::Gray8}) {
+        const auto image = picture(201, 149, layout);
+        ASSERT_TRUE(write(*image, folder.at("a.jpg"), "public.jpeg"));
+        ASSERT_TRUE(write(*image, folder.at("a.tif"), "PUBLIC.tiff"));
+        const auto jpeg = sourceAt(folder.at("a.jpg"))->createImage(0);
+        const auto tiff = sourceAt(folder.at("a.tif"))->createImage(0);
+        EXPECT_LT(meanDifference(*jpeg, *image), 1.0);
+        EXPECT_EQ(meanDifference(*tiff, *image), 0.0);
+        EXPECT_EQ(tiff->bitsPerPixel(), image->bitsPerPixel());
+        EXPECT_EQ(jpeg->tiffCompression(), 0u);
+        EXPECT_NE(tiff->tiffCompression(), 0u);
+    }
+    EXPECT_EQ(itemsIn(folder.path()), 2u);
+}
+
+TEST(ImageDestination, LowerQualityMakesSmallerFiles) {
+    const TemporaryFolder folder;
+    ASSERT_TRUE(write(*picture(), folder.at("high.jpg"), "public.jpeg", nullptr, {.quality = 1.0}));
+    ASSERT_TRUE(write(*picture(), folder.at("low.jpg"), "public.jpeg", nullptr, {.quality = 0.3}));
+    EXPECT_LT(fs::file_size(folder.at("low.jpg")), fs::file_size(folder.at("high.jpg")));
+}
+
+TEST(ImageDestination, DensityIsTheChosenOneOrTheImagesOwn) {
+    const TemporaryFolder folder;
+    const auto own = ImagePixels::makeImage(testPicture(20, 20), {.density = {240, 120}});
+    for (const char* type : {"public.jpeg", "public.tiff"}) {
+        ASSERT_TRUE(write(*own, folder.at("a"), type));
+        EXPECT_EQ(sourceAt(folder.at("a"))->createImage(0)->density(), (NSSize{240, 120}));
+        ASSERT_TRUE(write(*own, folder.at("a"), type, nullptr, {.density = {300, 300}}));
+        EXPECT_EQ(sourceAt(folder.at("a"))->createImage(0)->density(), (NSSize{300, 300}));
+    }
+}
+
+TEST(ImageDestination, AnOldFileIsReplaced) {
+    const TemporaryFolder folder;
+    const std::string path = folder.write("a.jpg", std::string_view("old"));
+    ASSERT_TRUE(write(*picture(), path, "public.jpeg"));
+    EXPECT_TRUE(looksUpright(sourceAt(path)->createImage(0).get()));
+    EXPECT_EQ(itemsIn(folder.path()), 1u);
+}
+
+TEST(ImageDestination, ALinkStaysAndItsFileIsReplaced) {
+    const TemporaryFolder folder;
+    const std::string target = folder.write("real.jpg", std::string_view("old"));
+    const std::string link = folder.link("link.jpg", "real.jpg");
+    ASSERT_TRUE(write(*picture(), link, "public.jpeg"));
+    EXPECT_TRUE(fs::is_symlink(link));
+    EXPECT_TRUE(sourceAt(target));
+}
+
+TEST(ImageDestination, NewFilesHaveThePermissionsOfAnyNewFile) {
+    const TemporaryFolder folder;
+    const mode_t before = umask(027);
+    const bool written = write(*picture(), folder.at("a.jpg"), "public.jpeg");
+    umask(before);
+    ASSERT_TRUE(written);
+    EXPECT_EQ(fs::status(folder.at("a.jpg")).permissions(), static_cast<fs::perms>(0640));
+}
+
+TEST(ImageDestination, OtherTypesAreRefused) {
+    const TemporaryFolder folder;
+    for (const char* type : {"public.png", "", "public.jpeg2", "image"}) {
+        ImageFailure failure;
+        EXPECT_FALSE(write(*picture(), folder.at("a.png"), type, &failure));
+        EXPECT_EQ(failure.code, ImageError::Unsupported);
+    }
+    EXPECT_FALSE(writeImage(*picture(), CFURL::createFromPath(folder.at("a")).get(), nullptr, {}));
+    EXPECT_EQ(itemsIn(folder.path()), 0u);
+}
+
+TEST(ImageDestination, WhatIsNoRegularFileIsNeverReplaced) {
+    const TemporaryFolder folder;
+    const std::string inner = folder.makeFolder("inner");
+    const std::string pipe = folder.at("pipe");
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    const std::string device = folder.link("device", "/dev/null");
+    for (const std::string& path : {inner, pipe, device, std::string("/dev/null")}) {
+        ImageFailure failure;
+        EXPECT_FALSE(write(*picture(), path, "public.jpeg", &failure)) << path;
+        EXPECT_EQ(failure.code, ImageError::WriteFailed) << path;
+        EXPECT_TRUE(failure.text);
+    }
+    EXPECT_TRUE(fs::is_character_file("/dev/null"));
+    EXPECT_TRUE(fs::is_fifo(pipe));
+    EXPECT_EQ(itemsIn(folder.path()), 3u);
+}
+
+TEST(ImageDestination, FoldersThatCannotBeWrittenAreReported) {
+    const TemporaryFolder folder;
+    ImageFailure failure;
+    EXPECT_FALSE(write(*picture(), folder.at("missing/a.jpg"), "public.jpeg", &failure));
+    EXPECT_EQ(failure.code, ImageError::WriteFailed);
+    const std::string locked = folder.makeFolder("locked");
+    fs::permissions(locked, static_cast<fs::perms>(0555));
+    {
+        const OrdinaryUser ordinary;
+        EXPECT_FALSE(write(*picture(), locked + "/a.jpg", "public.jpeg", &failure));
+    }
+    EXPECT_EQ(itemsIn(locked), 0u);
+    EXPECT_FALSE(writeImage(*picture(), CFURL::createFromString("http://example.com/a").get(),
+                            CFString::create("public.jpeg").get(), {}, &failure));
+}
+
+TEST(ImageDestination, AFullDiskLeavesTheOldFileAndNothingElse) {
+    const TemporaryFolder folder;
+    const std::string path = folder.write("a.jpg", std::string_view("old"));
+    for (const char* type : {"public.jpeg", "public.tiff"}) {
+        ImageFailure failure;
+        bool written = true;
+        {
+            const FullDisk full(1000);
+            written = write(*picture(), path, type, &failure);
+        }
+        EXPECT_FALSE(written);
+        EXPECT_EQ(failure.code, ImageError::WriteFailed);
+        EXPECT_EQ(readFile(path), "old");
+        EXPECT_EQ(itemsIn(folder.path()), 1u);
+    }
+}
+
+}  // namespace
+}  // namespace fi::test
