@@ -10,7 +10,8 @@ import tracked
 
 GOLDEN = "Tests/System/exported-symbols.txt"
 # What the linker and the toolchain put into every library.
-OURS = ("fi::", "typeinfo for fi::", "typeinfo name for fi::", "vtable for fi::")
+OURS = ("fi::", "typeinfo for fi::", "typeinfo name for fi::", "vtable for fi::", "VTT for fi::",
+        "non-virtual thunk to fi::", "virtual thunk to fi::")
 EVERYWHERE = {"_init", "_fini", "_edata", "_end", "__bss_start"}
 
 
