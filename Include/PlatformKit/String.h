@@ -66,7 +66,7 @@ template <size_t N>
 union StringConstant {
     constexpr explicit StringConstant(const char (&text)[N]) noexcept
         : m_string(CFString::Immortal::Yes, text) {}
-    constexpr ~StringConstant() {}
+    ~StringConstant() {}  // the text is never destroyed
     StringConstant(const StringConstant&) = delete;
     StringConstant& operator=(const StringConstant&) = delete;
 

@@ -11,7 +11,8 @@ namespace fs = std::filesystem;
 
 std::optional<std::string> corpusFolder() {
     const char* chosen = std::getenv("FILEIMPORTER_CORPORA");
-    const fs::path folder = chosen != nullptr ? fs::path(chosen) : fs::path(FI_SOURCE_DIR) / "../shared/corpora";
+    const fs::path folder =
+        chosen != nullptr ? fs::path(chosen) : fs::path(FI_SOURCE_DIR) / "../shared/corpora";
     std::error_code error;
     if (!fs::is_directory(folder, error)) return std::nullopt;
     return fs::canonical(folder).string();

@@ -40,7 +40,8 @@ public:
         if (offset >= m_bytes.size()) return ByteView(nullptr, 0, m_order);
         const size_t start = static_cast<size_t>(offset);
         const size_t rest = m_bytes.size() - start;
-        return ByteView(m_bytes.subspan(start, length < rest ? static_cast<size_t>(length) : rest), m_order);
+        return ByteView(m_bytes.subspan(start, length < rest ? static_cast<size_t>(length) : rest),
+                        m_order);
     }
 
     [[nodiscard]] constexpr std::optional<uint8_t> u8(uint64_t offset) const {

@@ -39,16 +39,16 @@ struct Density {
 
 /// Facts of one picture of a file, read without decoding pixels.
 struct ImageHeader {
-    uint32_t width = 0;   ///< stored pixels, before any orientation
+    uint32_t width = 0;  ///< stored pixels, before any orientation
     uint32_t height = 0;
     uint32_t bitsPerComponent = 0;
     uint32_t components = 0;
     ColorModel model = ColorModel::RGB;
-    uint32_t pages = 1;                ///< pictures in the file
-    uint32_t tiffCompression = 0;      ///< TIFF compression code; 0 for other formats
-    std::optional<Density> density;    ///< absent when the file has none
-    std::vector<uint8_t> exifBlock;    ///< JPEG: the TIFF structure behind "Exif\0\0"; empty when none
-    std::vector<uint8_t> iccProfile;   ///< embedded profile; empty when none
+    uint32_t pages = 1;               ///< pictures in the file
+    uint32_t tiffCompression = 0;     ///< TIFF compression code; 0 for other formats
+    std::optional<Density> density;   ///< absent when the file has none
+    std::vector<uint8_t> exifBlock;   ///< JPEG: the TIFF structure behind "Exif\0\0"; empty when none
+    std::vector<uint8_t> iccProfile;  ///< embedded profile; empty when none
 };
 
 /// The smallest size that will do; zero in either asks for the full size.
