@@ -29,9 +29,9 @@ Ref<const CGImage> uprightAt(const std::string& path, uint32_t side) {
 constexpr const char* kMissing = "the collection of photos is not beside the checkout";
 
 /// Every file shows one scene in another orientation: all must come out alike.
-void expectOneScene(const std::string& folder, const std::string& prefix, size_t atLeast) {
+void expectOneScene(const std::string& folder, const std::string& prefix, size_t fewest) {
     const auto files = filesBeginning(folder, prefix);
-    ASSERT_GE(files.size(), atLeast) << folder << "/" << prefix;
+    ASSERT_GE(files.size(), fewest) << folder << "/" << prefix;
     const auto first = uprightAt(files.front(), 200);
     ASSERT_TRUE(first) << files.front();
     for (const std::string& path : files) {
