@@ -195,8 +195,10 @@ void spread(const uint8_t* __restrict from, float* __restrict red, float* __rest
     }
 }
 
+/// Rounds to the nearest byte, without a call for every sample: what is cut off is never negative.
 uint8_t toByte(float value) {
-    return static_cast<uint8_t>(static_cast<int32_t>(std::clamp(value, 0.0f, 255.0f) + 0.5f));
+    constexpr float kHalf = 0.5f;
+    return static_cast<uint8_t>(static_cast<int32_t>(std::clamp(value, 0.0f, 255.0f) + kHalf));
 }
 
 void gather(const float* __restrict gray, uint8_t* __restrict to, Columns columns) {

@@ -47,7 +47,8 @@ Ref<CGContext> CGContext::create(uint32_t width, uint32_t height, CGContextForma
     return withoutExceptions(nullptr, [&]() -> Ref<CGContext> {
         if (!isWithinLimits(width, height, layoutOf(format))) return nullptr;
         auto pixels = PixelBuffer::create(width, height, layoutOf(format));
-        return pixels ? adopt(new CGContext(std::move(*pixels))) : nullptr;
+        if (!pixels) return nullptr;
+        return adopt(new CGContext(std::move(*pixels)));
     });
 }
 
