@@ -3,6 +3,7 @@
 
 #include <vector>
 
+#include "PlatformKit/Base/Boundary.h"
 #include "PlatformKit/Base/ImplicitPool.h"
 
 namespace fi {
@@ -46,7 +47,8 @@ Waiting* waiting() {
 
 void autoreleaseObject(const NSObject* object) {
     if (object == nullptr) return;
-    if (Waiting* list = waiting()) list->objects.push_back(object);
+    // Without memory for the list the object stays for ever, as after the thread's end.
+    if (Waiting* list = waiting()) guarded([&] { list->objects.push_back(object); });
 }
 
 AutoreleasePool::AutoreleasePool() : m_start(0) {

@@ -3,6 +3,7 @@
 
 #include <time.h>
 
+#include <cstdint>
 #include <mutex>
 
 namespace fi {
@@ -22,8 +23,10 @@ DateTimeRec localDate(int64_t secondsSince1970, WeekDays days) {
     const time_t moment = secondsSince1970;
     tm parts{};
     if (localtime_r(&moment, &parts) == nullptr) return {};
+    const int64_t year = int64_t{parts.tm_year} + 1900;
+    if (year < INT16_MIN || year > INT16_MAX) return {};
     const int firstDay = days == WeekDays::FromOne ? 1 : 0;
-    return {static_cast<int16_t>(parts.tm_year + 1900),
+    return {static_cast<int16_t>(year),
             static_cast<int16_t>(parts.tm_mon + 1),
             static_cast<int16_t>(parts.tm_mday),
             static_cast<int16_t>(parts.tm_hour),

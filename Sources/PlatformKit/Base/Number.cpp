@@ -7,6 +7,17 @@
 
 namespace fi {
 
+namespace {
+
+/// Exact: not every integer has a floating-point number of its value.
+bool sameValue(int64_t integer, double real) {
+    constexpr double kBeyond = 9223372036854775808.0;  // 2^63
+    return real >= -kBeyond && real < kBeyond && static_cast<double>(integer) == real &&
+           static_cast<int64_t>(real) == integer;
+}
+
+}  // namespace
+
 Ref<const CFNumber> CFNumber::create(int64_t value) {
     return adopt(new CFNumber(Kind::Integer, value, 0));
 }
@@ -34,8 +45,10 @@ bool CFNumber::boolValue() const noexcept {
 bool CFNumber::isEqual(const NSObject* other) const {
     const auto* number = dynamic_cast<const CFNumber*>(other);
     if (number == nullptr) return false;
-    if (m_kind != Kind::Real && number->m_kind != Kind::Real) return m_integer == number->m_integer;
-    return doubleValue() == number->doubleValue();
+    if (m_kind == Kind::Real && number->m_kind == Kind::Real) return m_real == number->m_real;
+    if (m_kind == Kind::Real) return sameValue(number->m_integer, m_real);
+    if (number->m_kind == Kind::Real) return sameValue(m_integer, number->m_real);
+    return m_integer == number->m_integer;
 }
 
 size_t CFNumber::hash() const {
