@@ -7,6 +7,7 @@
 #include <new>
 
 #include "PlatformKit/AutoreleasePool.h"
+#include "PlatformKit/Base/Boundary.h"
 #include "PlatformKit/Base/ImplicitPool.h"
 #include "PlatformKit/Ref.h"
 #include "PlatformKit/RunLoop/FailureOf.h"
@@ -62,20 +63,16 @@ bool performOnMainThread(NSObject* target, SEL selector, NSObject* argument, boo
 }
 
 bool performAfterDelay(NSObject* target, SEL selector, NSObject* argument, double seconds) {
-    try {
-        MainQueue::shared().appendAt(momentIn(seconds), performing(target, selector, argument));
-        return true;
-    } catch (const std::bad_alloc&) {
-        return false;
-    }
+    return guarded(
+        [&] {
+            MainQueue::shared().appendAt(momentIn(seconds), performing(target, selector, argument));
+            return true;
+        },
+        false);
 }
 
 int runLoopDescriptor() noexcept {
-    try {
-        return MainQueue::shared().descriptor();
-    } catch (const std::bad_alloc&) {
-        return -1;
-    }
+    return guarded([] { return MainQueue::shared().descriptor(); }, -1);
 }
 
 size_t pollRunLoop() {
@@ -107,12 +104,7 @@ bool runLoopUntil(bool (*done)(void* context), void* context, double seconds) {
 }
 
 void wakeRunLoop() noexcept {
-    try {
-        MainQueue::shared().append({});
-    } catch (const std::bad_alloc&) {
-        // The loop is then woken by its next request, as it would be without this call.
-        return;
-    }
+    guarded([] { MainQueue::shared().append({}); });
 }
 
 }  // namespace fi

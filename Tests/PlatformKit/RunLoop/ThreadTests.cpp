@@ -24,6 +24,17 @@ size_t threadsOfProcess() {
     return static_cast<size_t>(std::distance(begin(tasks), end(tasks)));
 }
 
+/// False when the condition does not come true within ten seconds.
+template <typename Condition>
+bool waitUntil(const Condition& condition) {
+    const auto end = Clock::now() + std::chrono::seconds(10);
+    while (!condition()) {
+        if (Clock::now() > end) return false;
+        std::this_thread::yield();
+    }
+    return true;
+}
+
 TEST(Thread, DetachedWorkRunsElsewhereUnderItsName) {
     std::promise<std::string> name;
     ASSERT_TRUE(detachThread([&] {
@@ -41,31 +52,27 @@ TEST(Thread, DetachedWorkHasAPoolThatDrainsAtItsEnd) {
         autorelease(CFRetain(raw));
         during = raw->retainCount();
     }));
-    const auto end = Clock::now() + std::chrono::seconds(10);
-    while ((during == 0 || word->retainCount() != 1) && Clock::now() < end)
-        std::this_thread::yield();
-    EXPECT_EQ(during, 2U);
-    EXPECT_EQ(word->retainCount(), 1U);
+    EXPECT_TRUE(waitUntil([&] { return during == 2 && word->retainCount() == 1; }));
 }
 
 TEST(Thread, ExceptionEndsTheThreadOnly) {
-    std::promise<void> thrown;
-    ASSERT_TRUE(detachThread([&] {
-        thrown.set_value_at_thread_exit();
+    const auto word = make<Word>("held");
+    std::atomic<bool> started{false};
+    ASSERT_TRUE(detachThread([&started, held = word] {
+        started = true;
         throw 1;
     }));
-    EXPECT_EQ(thrown.get_future().wait_for(std::chrono::seconds(10)), std::future_status::ready);
+    EXPECT_TRUE(waitUntil([&] { return started && word->retainCount() == 1; }));
 }
 
 TEST(Thread, MayEndItselfInTheMiddle) {
     const auto word = make<Word>("held");
-    std::promise<void> ended;
-    ASSERT_TRUE(detachThread([&ended, held = word] {
-        ended.set_value_at_thread_exit();
+    std::atomic<bool> started{false};
+    ASSERT_TRUE(detachThread([&started, held = word] {
+        started = true;
         pthread_exit(nullptr);
     }));
-    EXPECT_EQ(ended.get_future().wait_for(std::chrono::seconds(10)), std::future_status::ready);
-    EXPECT_EQ(word->retainCount(), 1U) << "the thread still holds what its work held";
+    EXPECT_TRUE(waitUntil([&] { return started && word->retainCount() == 1; }));
 }
 
 TEST(ThreadDeathTest, NoneExistsBeforeTheFirstUse) {
