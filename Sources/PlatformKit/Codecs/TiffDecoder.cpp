@@ -9,6 +9,7 @@
 
 #include <tiffio.h>
 
+#include "PlatformKit/Base/CheckedMath.h"
 #include "PlatformKit/Base/Limits.h"
 #include "PlatformKit/Codecs/UnreadRows.h"
 
@@ -74,8 +75,8 @@ bool isHollow(TIFF* tiff, uint64_t unitBytes, uint64_t fileBytes) {
     TIFFGetFieldDefaulted(tiff, TIFFTAG_COMPRESSION, &compression);
     const uint64_t most = mostBytesPerByte(compression);
     const uint64_t units = TIFFIsTiled(tiff) != 0 ? TIFFNumberOfTiles(tiff) : TIFFNumberOfStrips(tiff);
-    // A unit is below 2^31 bytes by the limit on memory, and their number is below 2^32.
-    return most != 0 && units * unitBytes / most > fileBytes;
+    const uint64_t sampleBytes = checkedMultiply(units, unitBytes).value_or(UINT64_MAX);
+    return most != 0 && sampleBytes / most > fileBytes;
 }
 
 /// True when the file says that its first additional sample is an alpha. Additional samples without a
