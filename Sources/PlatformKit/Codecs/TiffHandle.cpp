@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
-// The client procedures and handlers that libtiff calls.
+// The client procedures that libtiff calls.
 #include "PlatformKit/Codecs/TiffHandle.h"
 
 #include <algorithm>
-#include <cstdarg>
 #include <cstdio>
 #include <cstring>
 
 #include <tiffio.h>
 
 #include "PlatformKit/Base/Limits.h"
+#include "PlatformKit/Codecs/TiffMessages.h"
 
 namespace fi {
 
@@ -23,8 +23,7 @@ struct TiffHandle::State {
     uint64_t position = 0;
     uint64_t filledTo = 0;    // where the last fill ended: a read that goes on there is filled as well
     uint64_t fillBudget = 0;  // zeros that may still be given out
-    uint32_t errors = 0;
-    char text[256] = "";
+    TiffMessages messages;
 
     static State& of(thandle_t handle) { return *static_cast<State*>(handle); }
 
@@ -36,7 +35,7 @@ struct TiffHandle::State {
             fillBudget -= wanted - count;
             count = wanted;
             filledTo = position + count;
-            ++errors;
+            messages.addError();
         }
         position += count;
         return count;
@@ -61,18 +60,7 @@ TiffHandle::TiffHandle(ByteSource& source, uint64_t directory) : m_state(new Sta
     if (options == nullptr) return;
     const uint64_t limit = std::min<uint64_t>(decodeLimits().maximumBytes, INT64_MAX);
     TIFFOpenOptionsSetMaxSingleMemAlloc(options, static_cast<tmsize_t>(limit));
-    const TIFFErrorHandlerExtR onError = [](TIFF*, void* user, const char*, const char* format,
-                                            va_list words) {
-        State& state = *static_cast<State*>(user);
-        std::vsnprintf(state.text, sizeof state.text, format, words);
-        ++state.errors;
-        return 1;
-    };
-    const TIFFErrorHandlerExtR onWarning = [](TIFF*, void*, const char*, const char*, va_list) {
-        return 1;
-    };
-    TIFFOpenOptionsSetErrorHandlerExtR(options, onError, m_state.get());
-    TIFFOpenOptionsSetWarningHandlerExtR(options, onWarning, nullptr);
+    m_state->messages.listenTo(options);
     const TIFFReadWriteProc read = [](thandle_t handle, void* out, tmsize_t wanted) -> tmsize_t {
         if (wanted <= 0) return 0;
         return static_cast<tmsize_t>(
@@ -112,11 +100,11 @@ void TiffHandle::fillUpCutData() {
 }
 
 uint32_t TiffHandle::errors() const {
-    return m_state->errors;
+    return m_state->messages.errors();
 }
 
 std::string TiffHandle::lastError() const {
-    return m_state->text;
+    return m_state->messages.lastError();
 }
 
 }  // namespace fi

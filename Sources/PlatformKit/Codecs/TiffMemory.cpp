@@ -3,7 +3,6 @@
 #include "PlatformKit/Codecs/TiffMemory.h"
 
 #include <algorithm>
-#include <cstdarg>
 #include <cstdio>
 #include <cstring>
 #include <exception>
@@ -11,6 +10,7 @@
 #include <tiffio.h>
 
 #include "PlatformKit/Base/CheckedMath.h"
+#include "PlatformKit/Codecs/TiffMessages.h"
 
 namespace fi {
 
@@ -18,8 +18,7 @@ struct TiffMemory::State {
     TIFF* tiff = nullptr;
     std::vector<uint8_t> bytes;
     uint64_t position = 0;
-    bool failed = false;
-    char text[256] = "";
+    TiffMessages messages;
 
     static State& of(thandle_t handle) { return *static_cast<State*>(handle); }
 
@@ -55,18 +54,7 @@ int closeNothing(thandle_t) {
 TiffMemory::TiffMemory() : m_state(new State) {
     TIFFOpenOptions* options = TIFFOpenOptionsAlloc();
     if (options == nullptr) return;
-    const TIFFErrorHandlerExtR onError = [](TIFF*, void* user, const char*, const char* format,
-                                            va_list words) {
-        State& state = *static_cast<State*>(user);
-        std::vsnprintf(state.text, sizeof state.text, format, words);
-        state.failed = true;
-        return 1;
-    };
-    const TIFFErrorHandlerExtR onWarning = [](TIFF*, void*, const char*, const char*, va_list) {
-        return 1;
-    };
-    TIFFOpenOptionsSetErrorHandlerExtR(options, onError, m_state.get());
-    TIFFOpenOptionsSetWarningHandlerExtR(options, onWarning, nullptr);
+    m_state->messages.listenTo(options);
     const TIFFReadWriteProc read = [](thandle_t handle, void* out, tmsize_t wanted) -> tmsize_t {
         if (wanted <= 0) return 0;
         return static_cast<tmsize_t>(
@@ -76,7 +64,7 @@ TiffMemory::TiffMemory() : m_state(new State) {
         if (count <= 0) return 0;
         State& state = State::of(handle);
         if (state.write(static_cast<const uint8_t*>(in), static_cast<size_t>(count))) return count;
-        state.failed = true;
+        state.messages.addError();
         return 0;
     };
     const TIFFSeekProc seek = [](thandle_t handle, toff_t offset, int whence) -> toff_t {
@@ -102,12 +90,12 @@ tiff* TiffMemory::get() const {
 std::vector<uint8_t> TiffMemory::finish() {
     if (m_state->tiff != nullptr) TIFFClose(m_state->tiff);
     m_state->tiff = nullptr;
-    if (m_state->failed) return {};
+    if (m_state->messages.errors() > 0) return {};
     return std::move(m_state->bytes);
 }
 
 std::string TiffMemory::lastError() const {
-    return m_state->text;
+    return m_state->messages.lastError();
 }
 
 }  // namespace fi

@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: Apache-2.0
+// Any bytes: facts and pixels of a JPEG agree, keep their bounds, or fail with a reason.
+#include "Contract.h"
+#include "PlatformKit/Base/Limits.h"
+#include "PlatformKit/Codecs/JpegReader.h"
+
+using namespace fi;
+using fi::fuzz::require;
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    decodeLimits().maximumPixels = 1 << 18;
+    decodeLimits().maximumScans = 20;
+    MemorySource source(std::span<const uint8_t>(data, size));
+    const SizeFloor floor{size > 0 ? data[size - 1] : 0U, size > 1 ? data[size - 2] : 0U};
+    const auto header = readJpegHeader(source);
+    const auto picture = decodeJpeg(source, floor);
+    if (!picture) require(!picture.reason().text.empty(), "a failure has a reason");
+    if (!header) {
+        require(!header.reason().text.empty(), "a failure has a reason");
+        require(!picture.ok(), "what decodes has a header");
+        return 0;
+    }
+    require(looksLikeJpeg(ByteView(data, size)), "a header comes from a JPEG file");
+    require(header->width > 0 && header->height > 0 && header->components > 0, "a picture is not empty");
+    require(header->exifBlock.size() < 65536 && header->iccProfile.size() <= size, "blocks are bounded");
+    if (!picture) return 0;
+    const PixelBuffer& pixels = picture->pixels;
+    require(pixels.width() <= header->width && pixels.height() <= header->height,
+            "never above the stored size");
+    require(pixels.width() >= std::min(floor.width, header->width), "never below the wanted width");
+    require(pixels.height() >= std::min(floor.height, header->height), "never below the wanted height");
+    require((pixels.layout() == PixelLayout::Gray8) == (header->components == 1), "gray is one component");
+    return 0;
+}

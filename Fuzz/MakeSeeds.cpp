@@ -1,0 +1,123 @@
+// SPDX-License-Identifier: Apache-2.0
+// Writes small well-formed files for every fuzzer into FOLDER/<fuzzer>/, made by the product's own code.
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "PlatformKit/Codecs/JpegWriter.h"
+#include "PlatformKit/Codecs/MakeJpeg.h"
+#include "PlatformKit/Codecs/TiffBytes.h"
+#include "PlatformKit/Codecs/TiffField.h"
+#include "PlatformKit/Codecs/TiffWriter.h"
+
+using namespace fi;
+using namespace fi::test;
+
+namespace {
+
+namespace fs = std::filesystem;
+using Bytes = std::vector<uint8_t>;
+
+fs::path g_folder;
+
+void save(const char* fuzzer, const char* name, const Bytes& bytes) {
+    fs::create_directories(g_folder / fuzzer);
+    std::ofstream out(g_folder / fuzzer / name, std::ios::binary);
+    out.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    if (!out.flush()) std::exit(1);
+}
+
+PixelBuffer smallPicture(PixelLayout layout) {
+    auto picture = PixelBuffer::create(20, 12, layout);
+    if (!picture) std::exit(1);
+    for (uint32_t y = 0; y < 12; ++y) {
+        for (size_t i = 0; i < size_t{20} * bytesPerPixel(layout); ++i) {
+            picture->row(y)[i] = static_cast<uint8_t>(i * 3 + y * 9);
+        }
+    }
+    return std::move(*picture);
+}
+
+Bytes exifBlock(ByteOrder order, bool big) {
+    TiffBytes tiff(order, big);
+    const uint64_t date = tiff.addText(std::string_view("2024:05:06 07:08:09\0", 20));
+    const uint64_t interop = tiff.addDirectory({{1, kTiffAscii, 4, tiff.inlineText("R98")}});
+    const uint64_t exif =
+        tiff.addDirectory({{0x9003, kTiffAscii, 20, date}, {0xA005, kTiffLong, 1, interop}});
+    const uint64_t gps = tiff.addDirectory({{1, kTiffAscii, 2, tiff.inlineText("N")}});
+    const uint64_t dots = tiff.addRational(300, 1);
+    tiff.setFirst(tiff.addDirectory({{0x0112, kTiffShort, 1, tiff.inlineShort(6)},
+                                     {0x011A, kTiffRational, 1, dots},
+                                     {0x8769, kTiffLong, 1, exif},
+                                     {0x8825, kTiffLong, 1, gps}}));
+    return tiff.bytes();
+}
+
+Bytes withExif(const Bytes& jpeg) {
+    const Bytes exif = exifBlock(ByteOrder::Big, false);
+    const size_t length = exif.size() + 8;
+    Bytes out = {0xFF,
+                 0xD8,
+                 0xFF,
+                 0xE1,
+                 static_cast<uint8_t>(length >> 8),
+                 static_cast<uint8_t>(length & 0xFF),
+                 'E',
+                 'x',
+                 'i',
+                 'f',
+                 0,
+                 0};
+    out.insert(out.end(), exif.begin(), exif.end());
+    out.insert(out.end(), jpeg.begin() + 2, jpeg.end());
+    return out;
+}
+
+void saveJpegs() {
+    const PixelBuffer color = smallPicture(PixelLayout::RGBX32);
+    JpegRecipe progressive;
+    progressive.progressive = true;
+    JpegRecipe inks;
+    inks.cmyk = true;
+    JpegRecipe restarts;
+    restarts.restartRows = 1;
+    restarts.halfColor = true;
+    save("FuzzJpeg", "color.jpg", withExif(makeJpeg(color, {})));
+    save("FuzzJpeg", "gray.jpg", makeJpeg(smallPicture(PixelLayout::Gray8), {}));
+    save("FuzzJpeg", "progressive.jpg", makeJpeg(color, progressive));
+    save("FuzzJpeg", "inks.jpg", makeJpeg(color, inks));
+    save("FuzzJpeg", "restarts.jpg", makeJpeg(color, restarts));
+    save("FuzzJpeg", "scans.jpg", makeScanBomb(64, 64, 30));
+}
+
+void saveTiffs() {
+    for (const bool lzw : {false, true}) {
+        for (const PixelLayout layout : {PixelLayout::Gray8, PixelLayout::RGBX32}) {
+            const auto bytes = encodeTiff(smallPicture(layout), TiffOptions{std::nullopt, lzw});
+            if (!bytes) std::exit(1);
+            const std::string name =
+                std::string(layout == PixelLayout::Gray8 ? "gray" : "color") + (lzw ? "-lzw" : "");
+            save("FuzzTiff", (name + ".tif").c_str(), *bytes);
+        }
+    }
+}
+
+void saveDirectories() {
+    save("FuzzTiffDirectories", "little", exifBlock(ByteOrder::Little, false));
+    save("FuzzTiffDirectories", "big-endian", exifBlock(ByteOrder::Big, false));
+    save("FuzzTiffDirectories", "big", exifBlock(ByteOrder::Little, true));
+    save("FuzzTiffDirectories", "big-big-endian", exifBlock(ByteOrder::Big, true));
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 2) return 2;
+    g_folder = argv[1];
+    saveJpegs();
+    saveTiffs();
+    saveDirectories();
+    return 0;
+}
