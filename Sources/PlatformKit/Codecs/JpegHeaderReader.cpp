@@ -107,8 +107,9 @@ std::optional<JpegHeaderReader::Segment> JpegHeaderReader::nextSegment() {
     if (isBare(*marker) || *marker == kStartOfScan || *marker == kEndOfImage)
         return Segment{*marker, m_at, 0};
     const auto length = m_window.view(m_at, 2).withOrder(ByteOrder::Big).u16(0);
-    if (!length || *length < 2) return std::nullopt;
-    const Segment segment{*marker, m_at + 2, *length - uint64_t{2}};
+    if (!length) return std::nullopt;
+    // A length counts itself. One below two is wrong, but decoders step over it, and so must this.
+    const Segment segment{*marker, m_at + 2, std::max<uint64_t>(*length, 2) - 2};
     m_at = segment.start + segment.length;
     return segment;
 }

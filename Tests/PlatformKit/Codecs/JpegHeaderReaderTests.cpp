@@ -183,6 +183,17 @@ TEST(JpegHeader, ToleratesFillBytesAndStrayBytesBetweenSegments) {
     }
 }
 
+TEST(JpegHeader, ASegmentShorterThanItsOwnLengthIsSteppedOverAsTheDecoderDoes) {
+    const auto plain = jpegOf(makePicture(9, 5, PixelLayout::RGBX32));
+    for (const uint8_t length : {uint8_t{0}, uint8_t{1}}) {
+        const auto bytes = joined({0xFF, 0xD8, 0xFF, 0xE2, 0, length},
+                                  std::vector<uint8_t>(plain.begin() + 2, plain.end()));
+        MemorySource source(bytes);
+        EXPECT_TRUE(decodeJpeg(source, {}));
+        EXPECT_TRUE(readJpegHeader(source));
+    }
+}
+
 TEST(JpegHeader, EndlessJunkIsGivenUp) {
     std::vector<uint8_t> bytes = {0xFF, 0xD8, 0xFF};
     bytes.resize(size_t{20} << 20, 0x41);
