@@ -146,7 +146,8 @@ bool FileExistSameFolder(CFURLRef a, CFURLRef b) {
     if (a == nullptr || b == nullptr) return false;
     const auto parentA = a->createWithoutLastPathComponent();
     const auto parentB = b->createWithoutLastPathComponent();
-    return parentA.get() == parentB.get();
+    // A URL that is no file URL has no folder, and two without a folder do not share one.
+    return parentA && parentA == parentB;
 }
 
 }  // namespace fi
