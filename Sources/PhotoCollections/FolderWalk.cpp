@@ -42,6 +42,21 @@ bool isFolderAt(const std::string& path) {
     return stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
 }
 
+/// What the extension says of a file.
+enum class PhotoKind : uint8_t { None, Picture, Document };
+
+PhotoKind photoKind(std::string_view path) {
+    const std::string extension = uppercased(pathExtension(path));
+    if (extension == "PDF") return PhotoKind::Document;
+    const bool listed =
+        std::find(kListedExtensions.begin(), kListedExtensions.end(), extension) != kListedExtensions.end();
+    return listed ? PhotoKind::Picture : PhotoKind::None;
+}
+
+bool isListedDocument(std::string_view path) {
+    return isListedPdfAt(CFURL::createFromPath(path).get());
+}
+
 }  // namespace
 
 bool mayEnterFolder(std::string_view name) {
@@ -50,11 +65,8 @@ bool mayEnterFolder(std::string_view name) {
 }
 
 bool isListedPhoto(std::string_view path) {
-    const std::string_view extension = pathExtension(path);
-    if (extension.size() != 3) return false;
-    const std::string upper = uppercased(extension);
-    if (upper == "PDF") return isListedPdfAt(CFURL::createFromPath(path).get());
-    return std::find(kListedExtensions.begin(), kListedExtensions.end(), upper) != kListedExtensions.end();
+    const PhotoKind kind = photoKind(path);
+    return kind == PhotoKind::Picture || (kind == PhotoKind::Document && isListedDocument(path));
 }
 
 FolderWalk::FolderWalk(NSMutableArray& found) : m_found(found), m_mounts(MountTable::read()) {
@@ -66,17 +78,26 @@ void FolderWalk::walk(const std::string& folder, int32_t levels) {
     if (const auto resolved = resolvedItem(folder)) walkResolved(*resolved, std::min(levels, kMostLevels));
 }
 
-void FolderWalk::walkResolved(const std::string& folder, int32_t levels) {
+void FolderWalk::walkResolved(const std::string& path, int32_t levels) {
     if (levels <= 0) return;
-    const auto finished = m_finished.find(folder);
-    if (finished != m_finished.end() && finished->second >= levels) return;
-    const auto listing = DirectoryListing::read(folder.c_str());
-    if (!listing) return;
-    for (const DirectoryEntry& entry : listing->entries()) {
-        if (visit(folder, entry, listing->onFAT(), levels) == Then::LeaveFolder) return;
+    Folder& folder = m_folders[path];
+    if (folder.finishedLevels >= levels) return;
+    if (folder.listing != nullptr) {
+        walkEntries(path, folder, levels);
+        return;
     }
-    int32_t& deepest = m_finished[folder];
-    deepest = std::max(deepest, levels);
+    const auto listing = DirectoryListing::read(path.c_str());
+    if (!listing) return;
+    folder.listing = &*listing;
+    walkEntries(path, folder, levels);
+    folder.listing = nullptr;
+}
+
+void FolderWalk::walkEntries(const std::string& path, Folder& folder, int32_t levels) {
+    for (const DirectoryEntry& entry : folder.listing->entries()) {
+        if (visit(path, entry, folder.listing->onFAT(), levels) == Then::LeaveFolder) return;
+    }
+    folder.finishedLevels = levels;  // walks inside this one went less deep
 }
 
 FolderWalk::Then FolderWalk::visit(const std::string& folder, const DirectoryEntry& entry, bool onFAT,
@@ -110,9 +131,10 @@ void FolderWalk::visitFolder(std::string_view name, const std::string& resolved,
 FolderWalk::Then FolderWalk::visitFile(const std::string& resolved, bool onFAT) {
     if (faultHappens(Fault::FileReference, resolved)) return Then::LeaveFolder;
     // The cheap tests first: the answer is the same in any order.
-    const std::string_view extension = pathExtension(resolved);
-    if (extension.size() != 3 || isKnown(resolved)) return Then::GoOn;
-    if (isInvisibleFile(resolved, onFAT) || !isListedPhoto(resolved)) return Then::GoOn;
+    const PhotoKind kind = photoKind(resolved);
+    if (kind == PhotoKind::None || isKnown(resolved)) return Then::GoOn;
+    if (visibilityOfFile(resolved, onFAT) != Visibility::Visible) return Then::GoOn;
+    if (kind == PhotoKind::Document && !isListedDocument(resolved)) return Then::GoOn;
     auto path = CFString::create(resolved);
     if (m_keepsKnown) m_known.insert(path->view());
     m_found.append(std::move(path));

@@ -33,7 +33,16 @@ private:
     /// What a folder's walk does with the rest of its entries.
     enum class Then : uint8_t { GoOn, LeaveFolder };
 
-    void walkResolved(const std::string& folder, int32_t levels);
+    struct Folder {
+        /// Levels of the deepest finished walk. Walking the folder again no deeper adds nothing: each of
+        /// its files is in the list. Without this, two links to an ancestor cost 2^levels walks.
+        int32_t finishedLevels = 0;
+        /// Of the walk that is under way. Links lead back into it on every level of a loop.
+        const DirectoryListing* listing = nullptr;
+    };
+
+    void walkResolved(const std::string& path, int32_t levels);
+    void walkEntries(const std::string& path, Folder& folder, int32_t levels);
     Then visit(const std::string& folder, const DirectoryEntry& entry, bool onFAT, int32_t levels);
     void visitFolder(std::string_view name, const std::string& resolved, int32_t levels);
     Then visitFile(const std::string& resolved, bool onFAT);
@@ -42,9 +51,7 @@ private:
 
     NSMutableArray& m_found;
     MountTable m_mounts;
-    /// Levels of the deepest finished walk of each folder. Walking one again no deeper adds nothing: each
-    /// of its files is in the list. Without this, two links to an ancestor cost 2^levels walks.
-    std::unordered_map<std::string, int32_t> m_finished;
+    std::unordered_map<std::string, Folder> m_folders;
     /// The paths in the array. Only links can lead to the same file twice, so an empty array is walked
     /// without it until the first link appears.
     std::unordered_set<std::string_view> m_known;

@@ -42,18 +42,25 @@ bool hasInvisibleFlag(const char* path, const char* attribute) {
     return flags && (*flags & kFinderInvisible) != 0;
 }
 
-/// One listxattr for a file without attributes, which is nearly every file.
-bool isInvisibleByFinderInfo(const char* path) {
+bool meansUnreachable(int error) {
+    return error == ENOENT || error == EACCES || error == ENOTDIR || error == ENAMETOOLONG ||
+           error == ELOOP;
+}
+
+/// One listxattr for a file without attributes, which is nearly every file; it also tells whether the
+/// file is there, so that no other call need ask.
+Visibility visibilityByFinderInfo(const char* path) {
     std::array<char, 1024> names;
     const ssize_t size = listxattr(path, names.data(), names.size());
-    if (size == 0 || (size < 0 && errno != ERANGE)) return false;
+    if (size < 0 && meansUnreachable(errno)) return Visibility::Missing;
+    if (size == 0 || (size < 0 && errno != ERANGE)) return Visibility::Visible;
     for (const char* attribute : kFinderInfoAttributes) {
         const std::string_view list(names.data(), size < 0 ? 0 : static_cast<size_t>(size));
         const std::string_view wanted(attribute, std::strlen(attribute) + 1);
         if (size > 0 && list.find(wanted) == std::string_view::npos) continue;
-        if (hasInvisibleFlag(path, attribute)) return true;
+        if (hasInvisibleFlag(path, attribute)) return Visibility::Invisible;
     }
-    return false;
+    return Visibility::Visible;
 }
 
 bool isHiddenOnFAT(const char* path) {
@@ -88,10 +95,12 @@ bool isTrashFolder(std::string_view name, const std::string& path) {
 
 }  // namespace
 
-bool isInvisibleFile(const std::string& path, bool onFAT) {
-    if (isInvisibleByFinderInfo(path.c_str())) return true;
-    if (onFAT && isHiddenOnFAT(path.c_str())) return true;
-    return lastPathComponent(path).starts_with("._") && isAppleDouble(path.c_str());
+Visibility visibilityOfFile(const std::string& path, bool onFAT) {
+    const Visibility visibility = visibilityByFinderInfo(path.c_str());
+    if (visibility != Visibility::Visible) return visibility;
+    if (onFAT && isHiddenOnFAT(path.c_str())) return Visibility::Invisible;
+    const bool isCompanion = lastPathComponent(path).starts_with("._") && isAppleDouble(path.c_str());
+    return isCompanion ? Visibility::Invisible : Visibility::Visible;
 }
 
 bool isPackageFolder(const std::string& path) {
