@@ -12,8 +12,8 @@ namespace fi {
 
 struct _FILEARRAY;  // NOLINT(bugprone-reserved-identifier): historic name, never defined
 
-/// Positions are 1-based. One thread at a time. Nothing is thrown; without memory a search keeps what
-/// it has found.
+/// Positions are 1-based. One thread at a time. Nothing is thrown but by the constructor; without memory
+/// a search keeps what it has found.
 class FI_EXPORT CFileSearchDC {
 public:
     CFileSearchDC();

@@ -12,7 +12,9 @@
 namespace fi {
 
 /// The list is in the order of the walk: depth first, entries of a folder in the order of its listing
-/// (by case-folded name), a sub-folder's files at the sub-folder's place. One thread at a time.
+/// (by case-folded name), a sub-folder's files at the sub-folder's place. One thread at a time. Nothing is
+/// thrown but by the constructor: without memory a search keeps what it has found, an update keeps the
+/// list, an added path is dropped and a question is answered no.
 class FI_EXPORT FileSearchDC final : public NSObject {
 public:
     FileSearchDC();
@@ -26,8 +28,8 @@ public:
     void close();
 
     /// selector: searchStart:
-    /// Walks the start folder, `depth` levels deep (1: its own files only; 0 or less: nothing), and
-    /// appends to the list.
+    /// Walks the start folder, `depth` levels deep (1: its own files only; 0 or less: nothing; more than
+    /// 2048 count as 2048), and appends to the list.
     void searchStart(int32_t depth);
 
     /// selector: fileUpdate:
@@ -52,7 +54,8 @@ public:
     void fileSort(NSMutableArray* array);
 
     /// selector: fileCompare:setArrayB:
-    /// True when an element of `a` differs from the one of `b` at its place; false for an empty `a`.
+    /// True when an element of `a` differs from the one of `b` at its place; false for an empty or null
+    /// `a`.
     [[nodiscard]] bool fileCompare(CFArrayRef a, CFArrayRef b) const;
 
     /// selector: addFileFromPath:
@@ -68,6 +71,7 @@ public:
 
 private:
     ~FileSearchDC() override;
+    void walk(CFStringRef folder, int32_t currentDepth, NSMutableArray& array) const;
 
     Ref<NSMutableArray> m_filePathArray;
     int32_t m_searchDepth = 0;

@@ -45,12 +45,12 @@ bool CFileSearchDC::Open(CFURLRef folder) {
 }
 
 void CFileSearchDC::Close() {
-    guarded([&] { m_search->close(); });
+    m_search->close();
     followList();
 }
 
 int16_t CFileSearchDC::FileSearch(int depth) {
-    guarded([&] { m_search->searchStart(depth); });
+    m_search->searchStart(depth);
     followList();
     return 0;
 }
@@ -97,13 +97,13 @@ void CFileSearchDC::addIfPath(CFStringRef path) {
 }
 
 int16_t CFileSearchDC::FileAddFromPath(CFStringRef path) {
-    guarded([&] { m_search->addFileFromPath(path); });
+    m_search->addFileFromPath(path);
     followList();
     return 1;
 }
 
 int16_t CFileSearchDC::FileUpdate(int depth, unsigned char* changed) {
-    *changed = guarded([&] { return m_search->fileUpdate(depth); }, false) ? 1 : 0;
+    *changed = m_search->fileUpdate(depth) ? 1 : 0;
     followList();
     return 0;
 }

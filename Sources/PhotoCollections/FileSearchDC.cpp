@@ -7,6 +7,7 @@
 #include <unordered_set>
 
 #include "PhotoCollections/FolderWalk.h"
+#include "PlatformKit/Base/Boundary.h"
 #include "PlatformKit/Text/Unicode.h"
 
 namespace fi {
@@ -41,60 +42,73 @@ void FileSearchDC::close() {
     if (m_filePathArray) {
         m_filePathArray->removeAll();
     } else {
-        m_filePathArray = NSMutableArray::create();
+        guarded([&] { m_filePathArray = NSMutableArray::create(); });
     }
 }
 
 void FileSearchDC::searchStart(int32_t depth) {
     m_searchDepth = depth;
-    if (!m_filePathArray) m_filePathArray = NSMutableArray::create();
-    searchFiles(m_searchDefaultDir.get(), 0, m_filePathArray.get());
+    guarded([&] {
+        if (!m_filePathArray) m_filePathArray = NSMutableArray::create();
+        walk(m_searchDefaultDir.get(), 0, *m_filePathArray);
+    });
 }
 
 bool FileSearchDC::fileUpdate(int32_t depth) {
     m_searchDepth = depth;
-    const auto fresh = NSMutableArray::create();
-    searchFiles(m_searchDefaultDir.get(), 0, fresh.get());
-    if (fresh->count() == getFileNum()) {
-        fileSort(fresh.get());
-        if (!m_filePathArray || !fileCompare(fresh.get(), m_filePathArray.get())) return false;
-    }
-    m_filePathArray = NSMutableArray::createCopy(*fresh);
-    m_index.reset();
-    return true;
+    return guarded(
+        [&] {
+            const auto fresh = NSMutableArray::create();
+            walk(m_searchDefaultDir.get(), 0, *fresh);
+            if (fresh->count() == getFileNum()) {
+                fileSort(fresh.get());
+                if (!fileCompare(fresh.get(), m_filePathArray.get())) return false;
+            }
+            m_filePathArray = NSMutableArray::createCopy(*fresh);
+            m_index.reset();
+            return true;
+        },
+        false);
 }
 
 void FileSearchDC::searchFiles(CFStringRef folder, int32_t currentDepth, NSMutableArray* array) {
+    if (array == nullptr) return;
+    guarded([&] { walk(folder, currentDepth, *array); });
+}
+
+void FileSearchDC::walk(CFStringRef folder, int32_t currentDepth, NSMutableArray& array) const {
     if (folder == nullptr || m_searchDepth <= currentDepth) return;
     const int64_t levels = int64_t{m_searchDepth} - currentDepth;
-    FolderWalk(*array).walk(std::string(folder->view()),
-                            static_cast<int32_t>(std::min<int64_t>(levels, INT32_MAX)));
+    FolderWalk(array).walk(std::string(folder->view()),
+                           static_cast<int32_t>(std::min<int64_t>(levels, INT32_MAX)));
 }
 
 bool FileSearchDC::CheckExclusionFolders(CFStringRef name) const {
-    return name == nullptr || mayEnterFolder(name->view());
+    return name == nullptr || guarded([&] { return mayEnterFolder(name->view()); }, false);
 }
 
 bool FileSearchDC::CheckJpgOrTif(CFStringRef path) const {
-    return path != nullptr && isListedPhoto(path->view());
+    return path != nullptr && guarded([&] { return isListedPhoto(path->view()); }, false);
 }
 
 void FileSearchDC::fileSort(NSMutableArray* /*array*/) {}
 
 bool FileSearchDC::fileCompare(CFArrayRef a, CFArrayRef b) const {
-    for (size_t i = 0; i < a->count(); ++i) {
-        if (!CFEqual(a->at(i), b->at(i))) return true;
+    for (size_t i = 0; a != nullptr && i < a->count(); ++i) {
+        if (b == nullptr || !CFEqual(a->at(i), b->at(i))) return true;
     }
     return false;
 }
 
 void FileSearchDC::addFileFromPath(CFStringRef path) {
     if (path == nullptr) return;
-    if (!m_filePathArray) m_filePathArray = NSMutableArray::create();
-    if (!m_index) m_index = std::make_unique<PathIndex>();
-    m_index->follow(*m_filePathArray);
-    if (m_index->contains(canonicallyDecomposed(path->view()))) return;
-    m_filePathArray->append(fi::retain<const NSObject>(path));
+    guarded([&] {
+        if (!m_filePathArray) m_filePathArray = NSMutableArray::create();
+        if (!m_index) m_index = std::make_unique<PathIndex>();
+        m_index->follow(*m_filePathArray);
+        if (m_index->contains(canonicallyDecomposed(path->view()))) return;
+        m_filePathArray->append(fi::retain<const NSObject>(path));
+    });
 }
 
 uint32_t FileSearchDC::getFileNum() const {
