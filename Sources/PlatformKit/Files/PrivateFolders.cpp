@@ -98,8 +98,9 @@ std::string makeCacheFolder(Folders& all) {
         const std::string parent = joinedPath(home, programName());
         (void)makeFolder(parent, Parents::Create);
         for (int copy = 1; copy <= kMostCopies; ++copy) {
-            const std::string suffix = copy == 1 ? "" : "." + std::to_string(copy);
-            const std::string path = joinedPath(parent, "FileImporter" + suffix);
+            std::string name = "FileImporter";
+            if (copy > 1) name.append(".").append(std::to_string(copy));
+            const std::string path = joinedPath(parent, name);
             (void)mkdir(path.c_str(), S_IRWXU);
             if (!isPrivate(path)) break;
             if (lockFolder(path)) return path;
