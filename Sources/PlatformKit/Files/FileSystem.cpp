@@ -53,6 +53,8 @@ bool itemExists(const char* path) {
 std::string resolvingLinks(const std::string& path) {
     const std::unique_ptr<char, decltype(&std::free)> resolved(realpath(path.c_str(), nullptr), &std::free);
     if (resolved) return resolved.get();
+    // Each level below may be one component shorter only: the system's own limit bounds the recursion.
+    if (path.size() >= PATH_MAX) return path;
     const std::string_view parent = withoutLastPathComponent(path);
     if (parent.empty() || parent.size() >= path.size()) return path;
     return joinedPath(resolvingLinks(std::string(parent)), lastPathComponent(path));
@@ -67,6 +69,8 @@ bool removeItem(const std::string& path) {
 bool copyItem(const std::string& from, const std::string& to) {
     std::error_code error;
     if (fs::exists(fs::symlink_status(to, error))) return false;
+    // A folder copied into itself would never come to an end.
+    if (resolvingLinks(to).starts_with(joinedPath(resolvingLinks(from), ""))) return false;
     fs::copy(from, to, fs::copy_options::recursive | fs::copy_options::copy_symlinks, error);
     return !error;
 }

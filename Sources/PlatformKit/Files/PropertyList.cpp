@@ -3,7 +3,6 @@
 
 #include <plist/plist.h>
 
-#include <algorithm>
 #include <cstdlib>
 #include <memory>
 #include <string>
@@ -12,6 +11,7 @@
 #include "PlatformKit/Array.h"
 #include "PlatformKit/Dictionary.h"
 #include "PlatformKit/Files/FileSystem.h"
+#include "PlatformKit/Files/PropertyListDepth.h"
 #include "PlatformKit/Number.h"
 
 namespace fi {
@@ -22,19 +22,6 @@ constexpr uint64_t kMostBytes = uint64_t{64} << 20;
 constexpr int kMostLevels = 64;
 
 using Text = std::unique_ptr<char, decltype(&std::free)>;
-
-/// The library frees nested nodes by recursion, so depth is bounded before it sees the text: containers
-/// that are open at any place, counted generously (text that merely looks like a tag counts too).
-bool nestsTooDeep(std::string_view xml) {
-    int depth = 0;
-    for (size_t at = xml.find('<'); at != std::string_view::npos; at = xml.find('<', at + 1)) {
-        const std::string_view tag = xml.substr(at + 1, 7);
-        if (tag.starts_with("dict") || tag.starts_with("array")) ++depth;
-        if (tag.starts_with("/dict") || tag.starts_with("/array")) depth = std::max(0, depth - 1);
-        if (depth > kMostLevels) return true;
-    }
-    return false;
-}
 
 Ref<const NSObject> objectOf(plist_t node);
 
@@ -124,7 +111,9 @@ Ref<const NSObject> readPropertyList(CFURLRef file) {
     const auto data = contentsOfFile(file->path()->c_str());
     if (!data) return nullptr;
     const std::string_view xml(reinterpret_cast<const char*>(data->bytes().data()), data->length());
-    if (xml.substr(0, 1024).find('<') == std::string_view::npos || nestsTooDeep(xml)) return nullptr;
+    if (xml.substr(0, 1024).find('<') == std::string_view::npos) return nullptr;
+    // The parser's library frees nested nodes by recursion, so depth is bounded before it sees the text.
+    if (!nestsAtMost(xml, kMostLevels)) return nullptr;
     plist_t root = nullptr;
     plist_from_xml(xml.data(), static_cast<uint32_t>(xml.size()), &root);
     const std::unique_ptr<void, void (*)(plist_t)> owned(root, &plist_free);

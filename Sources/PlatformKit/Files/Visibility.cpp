@@ -110,7 +110,7 @@ bool isPackageFolder(const std::string& path) {
         kPackageExtensions.end()) {
         return true;
     }
-    if (name.front() == '.' && isTrashFolder(name, path)) return true;
+    if (name.starts_with('.') && isTrashFolder(name, path)) return true;
     struct stat status {};
     const std::string contents = path + "/Contents";
     if (stat(contents.c_str(), &status) != 0) return false;
