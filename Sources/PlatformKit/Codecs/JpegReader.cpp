@@ -12,6 +12,7 @@
 #include "PlatformKit/Base/Limits.h"
 #include "PlatformKit/Codecs/JpegInput.h"
 #include "PlatformKit/Codecs/JpegTrap.h"
+#include "PlatformKit/Codecs/PixelMixing.h"
 #include "PlatformKit/Codecs/UnreadRows.h"
 
 namespace fi {
@@ -86,19 +87,6 @@ uint32_t scaleFor(uint32_t width, uint32_t height, SizeFloor floor) {
         if (reaches(width, eighths, floor.width) && reaches(height, eighths, floor.height)) return eighths;
     }
     return 8;
-}
-
-/// In place: four inks to R, G, B, 255. Adobe's files hold the inks inverted (255 is no ink).
-void convertInks(uint8_t* pixel, uint32_t count, bool inverted) {
-    const auto mask = static_cast<uint8_t>(inverted ? 0x00 : 0xFF);
-    for (; count > 0; --count, pixel += 4) {
-        const auto black = static_cast<unsigned>(pixel[3] ^ mask);
-        for (int i = 0; i < 3; ++i) {
-            const unsigned product = static_cast<unsigned>(pixel[i] ^ mask) * black;
-            pixel[i] = static_cast<uint8_t>((product + 127) / 255);
-        }
-        pixel[3] = 255;
-    }
 }
 
 class JpegDecoder {
@@ -221,6 +209,7 @@ private:
 
     void finishRows(PixelBuffer& pixels) const {
         const jpeg_decompress_struct& info = m_work.info;
+        // Adobe's files hold the inks inverted.
         const bool inverted = info.saw_Adobe_marker != FALSE;
         for (uint32_t y = 0; y < info.output_scanline; ++y) {
             if (info.out_color_space == JCS_CMYK) convertInks(pixels.row(y), pixels.width(), inverted);

@@ -9,8 +9,8 @@
 
 #include <tiffio.h>
 
-#include "PlatformKit/Base/CheckedMath.h"
-#include "PlatformKit/Base/Limits.h"
+#include "PlatformKit/Codecs/PixelMixing.h"
+#include "PlatformKit/Codecs/TiffChecks.h"
 #include "PlatformKit/Codecs/UnreadRows.h"
 
 namespace fi {
@@ -34,60 +34,6 @@ uint32_t inByteOrder(uint32_t word) {
     return word;
 }
 
-/// Lays a pixel, whose colors are already multiplied with its alpha, on white.
-void layOnWhite(uint8_t* pixel) {
-    const int white = 255 - pixel[3];
-    for (int i = 0; i < 3; ++i) {
-        pixel[i] = static_cast<uint8_t>(std::min(pixel[i] + white, 255));
-    }
-}
-
-bool isPlain(const PixelBuffer& pixels) {
-    const uint32_t bytes = bytesPerPixel(pixels.layout());
-    for (uint32_t y = 0; y < pixels.height(); ++y) {
-        for (uint32_t x = 0; x < pixels.width(); ++x) {
-            if (std::memcmp(pixels.row(y) + size_t{x} * bytes, pixels.row(0), bytes) != 0) return false;
-        }
-    }
-    return true;
-}
-
-/// How many bytes of samples one byte of the file can stand for, with room to spare for a file that is
-/// cut; 0 where there is no such bound.
-uint64_t mostBytesPerByte(uint16_t compression) {
-    switch (compression) {
-        case COMPRESSION_NONE:
-            return 16;
-        case COMPRESSION_PACKBITS:
-            return 64 * 16;
-        case COMPRESSION_LZW:
-        case COMPRESSION_DEFLATE:
-        case COMPRESSION_ADOBE_DEFLATE:
-            return 1024 * 16;
-        default:
-            return 0;
-    }
-}
-
-/// True when the strips or tiles are so many and the file is so short that nearly none can be there.
-bool isHollow(TIFF* tiff, uint64_t unitBytes, uint64_t fileBytes) {
-    uint16_t compression = COMPRESSION_NONE;
-    TIFFGetFieldDefaulted(tiff, TIFFTAG_COMPRESSION, &compression);
-    const uint64_t most = mostBytesPerByte(compression);
-    const uint64_t units = TIFFIsTiled(tiff) != 0 ? TIFFNumberOfTiles(tiff) : TIFFNumberOfStrips(tiff);
-    const uint64_t sampleBytes = checkedMultiply(units, unitBytes).value_or(UINT64_MAX);
-    return most != 0 && sampleBytes / most > fileBytes;
-}
-
-/// True when the file says that its first additional sample is an alpha. Additional samples without a
-/// meaning are often masks that an editor left behind: they hide nothing.
-bool saysAlpha(TIFF* tiff) {
-    uint16_t count = 0;
-    uint16_t* kinds = nullptr;
-    if (TIFFGetFieldDefaulted(tiff, TIFFTAG_EXTRASAMPLES, &count, &kinds) == 0 || count == 0) return false;
-    return kinds[0] == EXTRASAMPLE_ASSOCALPHA || kinds[0] == EXTRASAMPLE_UNASSALPHA;
-}
-
 }  // namespace
 
 TiffDecoder::TiffDecoder(TiffHandle& handle) : m_handle(handle), m_raster(new Raster) {}
@@ -97,13 +43,14 @@ TiffDecoder::~TiffDecoder() {
 }
 
 CodecResult<DecodedPicture> TiffDecoder::decode() {
-    if (auto refusal = checkLimits()) return Failure{std::move(*refusal)};
     if (auto refusal = begin()) return Failure{std::move(*refusal)};
     const TIFFRGBAImage& image = m_raster->image;
     auto pixels = PixelBuffer::create(image.width, image.height,
                                       m_raster->gray ? PixelLayout::Gray8 : PixelLayout::RGBX32);
-    if (!pixels)
+    if (!pixels) {
         return Failure{failure(CodecError::NoMemory, "There is not enough memory for the picture.")};
+    }
+    const uint32_t errorsAtFirst = m_handle.errors();
     m_handle.fillUpCutData();
     const uint32_t step = bandRows();
     if (m_raster->gray) m_band.resize(size_t{image.width} * step);
@@ -118,38 +65,11 @@ CodecResult<DecodedPicture> TiffDecoder::decode() {
         }
         if (image.height - y <= step) break;  // the sum might wrap
     }
-    if (!anyWhole && isPlain(*pixels)) {
+    if (!anyWhole && isOneColor(*pixels)) {
         return Failure{
             failure(CodecError::Damaged, "No part of the picture can be read: " + m_handle.lastError())};
     }
-    return DecodedPicture{std::move(*pixels), m_handle.errors() > 0};
-}
-
-std::optional<CodecFailure> TiffDecoder::checkLimits() const {
-    const DecodeLimits& limits = decodeLimits();
-    uint32_t width = 0;
-    uint32_t height = 0;
-    TIFFGetField(m_handle.get(), TIFFTAG_IMAGEWIDTH, &width);
-    TIFFGetField(m_handle.get(), TIFFTAG_IMAGELENGTH, &height);
-    if (width == 0 || height == 0)
-        return failure(CodecError::Damaged, "The file declares an empty picture.");
-    if (width > limits.maximumSide || height > limits.maximumSide) {
-        return failure(CodecError::LimitExceeded, "A side of the picture is longer than is allowed.");
-    }
-    const uint64_t pixelCount = uint64_t{width} * height;
-    if (pixelCount > limits.maximumPixels) {
-        return failure(CodecError::LimitExceeded, "The picture has more pixels than is allowed.");
-    }
-    const bool tiled = TIFFIsTiled(m_handle.get()) != 0;
-    const tmsize_t unit = tiled ? TIFFTileSize(m_handle.get()) : TIFFStripSize(m_handle.get());
-    if (unit <= 0) return failure(CodecError::Damaged, "The file's strips have no size.");
-    if (pixelCount * 4 + static_cast<uint64_t>(unit) > limits.maximumBytes) {
-        return failure(CodecError::LimitExceeded, "The picture needs more memory than is allowed.");
-    }
-    if (isHollow(m_handle.get(), static_cast<uint64_t>(unit), m_handle.fileBytes())) {
-        return failure(CodecError::Damaged, "The file is far too short for its picture.");
-    }
-    return std::nullopt;
+    return DecodedPicture{std::move(*pixels), m_handle.errors() > errorsAtFirst};
 }
 
 std::optional<CodecFailure> TiffDecoder::begin() {
@@ -165,7 +85,7 @@ std::optional<CodecFailure> TiffDecoder::begin() {
     image.req_orientation = image.orientation;
     m_raster->gray =
         image.photometric == PHOTOMETRIC_MINISBLACK || image.photometric == PHOTOMETRIC_MINISWHITE;
-    m_raster->transparent = image.alpha != 0 && saysAlpha(tiff);
+    m_raster->transparent = image.alpha != 0 && saysAlpha(m_handle);
     giveExactTileBuffer();
     return std::nullopt;
 }
@@ -218,9 +138,9 @@ void TiffDecoder::spreadRows(PixelBuffer& pixels, uint32_t first, uint32_t rows)
             std::memcpy(&word, row + at, 4);
             word = inByteOrder(word);
             std::memcpy(row + at, &word, 4);
-            if (m_raster->transparent) layOnWhite(row + at);
-            row[at + 3] = 255;
+            if (!m_raster->transparent) row[at + 3] = 255;
         }
+        if (m_raster->transparent) layOnWhite(row, pixels.width());
     }
 }
 

@@ -12,7 +12,7 @@ namespace fi {
 
 class TiffDecoder {
 public:
-    /// The handle must be open and outlive the decoder.
+    /// The handle must be open, within the limits, and outlive the decoder.
     explicit TiffDecoder(TiffHandle& handle);
     ~TiffDecoder();
     TiffDecoder(const TiffDecoder&) = delete;
@@ -24,7 +24,6 @@ private:
     struct Raster;
 
     [[nodiscard]] std::optional<CodecFailure> begin();
-    [[nodiscard]] std::optional<CodecFailure> checkLimits() const;
     void giveExactTileBuffer();
     [[nodiscard]] uint32_t bandRows() const;
     bool readBand(PixelBuffer& pixels, uint32_t first, uint32_t rows);

@@ -7,9 +7,11 @@
 
 #include <tiffio.h>
 
+#include "PlatformKit/Codecs/TiffChecks.h"
 #include "PlatformKit/Codecs/TiffDecoder.h"
 #include "PlatformKit/Codecs/TiffHandle.h"
 #include "PlatformKit/Codecs/TiffPages.h"
+#include "PlatformKit/Codecs/TiffSampleDecoder.h"
 
 namespace fi {
 
@@ -110,6 +112,12 @@ CodecResult<ImageHeader> readFacts(TIFF* tiff, uint32_t pageCount) {
     return header;
 }
 
+CodecResult<DecodedPicture> decodePage(TiffHandle& handle) {
+    if (auto refusal = checkTiffLimits(handle)) return Failure{std::move(*refusal)};
+    TiffSampleDecoder samples(handle);
+    return samples.accepts() ? samples.decode() : TiffDecoder(handle).decode();
+}
+
 }  // namespace
 
 bool looksLikeTiff(ByteView head) {
@@ -126,7 +134,7 @@ CodecResult<ImageHeader> readTiffHeader(ByteSource& source, uint32_t page) {
 
 CodecResult<DecodedPicture> decodeTiff(ByteSource& source, uint32_t page, SizeFloor) {
     return onPage<DecodedPicture>(
-        source, page, [](TiffHandle& handle, uint32_t) { return TiffDecoder(handle).decode(); });
+        source, page, [](TiffHandle& handle, uint32_t) { return decodePage(handle); });
 }
 
 }  // namespace fi

@@ -21,4 +21,17 @@ void markUnread(PixelBuffer& pixels, uint32_t first, uint32_t count) {
     }
 }
 
+bool isOneColor(const PixelBuffer& pixels) {
+    const size_t pixelBytes = bytesPerPixel(pixels.layout());
+    const size_t rowBytes = pixelBytes * pixels.width();
+    const uint8_t* first = pixels.row(0);
+    for (uint32_t y = 0; y < pixels.height(); ++y) {
+        const uint8_t* row = pixels.row(y);
+        // A row that equals itself one pixel on, and begins like the first, is of one color.
+        if (std::memcmp(row, first, pixelBytes) != 0) return false;
+        if (std::memcmp(row, row + pixelBytes, rowBytes - pixelBytes) != 0) return false;
+    }
+    return true;
+}
+
 }  // namespace fi

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// How every codec paints the rows that no data came for.
+// How every codec paints the rows that no data came for, and tells a picture of nothing else.
 #pragma once
 
 #include "PlatformKit/Base/PixelBuffer.h"
@@ -8,5 +8,8 @@ namespace fi {
 
 /// Paints `count` rows from `first` in middle gray, as libjpeg does where a file is cut.
 void markUnread(PixelBuffer& pixels, uint32_t first, uint32_t count);
+
+/// True when every pixel is like the first.
+[[nodiscard]] bool isOneColor(const PixelBuffer& pixels);
 
 }  // namespace fi
