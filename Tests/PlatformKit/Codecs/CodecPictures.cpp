@@ -83,6 +83,10 @@ std::vector<uint8_t> joined(std::vector<uint8_t> first, const std::vector<uint8_
     return first;
 }
 
+std::vector<uint8_t> firstBytes(const std::vector<uint8_t>& bytes, size_t count) {
+    return std::vector<uint8_t>(bytes.begin(), bytes.begin() + static_cast<long>(count));
+}
+
 std::vector<uint8_t> mutated(std::vector<uint8_t> bytes, uint32_t seed, uint32_t count) {
     std::minstd_rand random(seed + 1);
     for (uint32_t i = 0; i < count && !bytes.empty(); ++i) {

@@ -28,6 +28,9 @@ namespace fi::test {
 
 [[nodiscard]] std::vector<uint8_t> joined(std::vector<uint8_t> first, const std::vector<uint8_t>& second);
 
+/// The first `count` bytes.
+[[nodiscard]] std::vector<uint8_t> firstBytes(const std::vector<uint8_t>& bytes, size_t count);
+
 /// A deterministic harm: `count` bytes of the copy are replaced, chosen by `seed`.
 [[nodiscard]] std::vector<uint8_t> mutated(std::vector<uint8_t> bytes, uint32_t seed, uint32_t count);
 

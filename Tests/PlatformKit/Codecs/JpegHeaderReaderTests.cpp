@@ -122,7 +122,7 @@ TEST(JpegHeader, GivesTheFirstExifBlockExactly) {
 TEST(JpegHeader, AnExifBlockCutByTheEndKeepsWhatIsThere) {
     // The frame comes first here, so that there is something to tell.
     auto bytes = makeHollowJpeg(8, 8, 8, 0);
-    bytes.resize(bytes.size() - 12);  // scan head and end
+    bytes = firstBytes(bytes, bytes.size() - 12);  // scan head and end
     bytes = joined(bytes, {0xFF, 0xE1, 0xF0, 0x00});
     bytes = joined(bytes, exifSegment(bytesOf("only this")));
     const auto facts = header(bytes);
@@ -229,7 +229,7 @@ TEST(JpegHeader, EveryCutAndManyHarmedBytesNeverCrash) {
     whole = withSegment(whole, 0xE2, profilePart(1, 1, "profile"));
     size_t facts = 0;
     for (size_t length = 0; length <= whole.size(); ++length) {
-        const std::vector<uint8_t> cut(whole.begin(), whole.begin() + static_cast<long>(length));
+        const auto cut = firstBytes(whole, length);
         if (header(cut)) ++facts;
     }
     EXPECT_GT(facts, 0U);

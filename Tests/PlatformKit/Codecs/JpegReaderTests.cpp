@@ -163,16 +163,14 @@ TEST(JpegReader, EveryCutGivesADamagedPictureOfFullSizeOrAFailure) {
         size_t pictures = 0;
         // The last two bytes are the end-of-image marker: without it every row is there all the same.
         for (size_t length = 0; length + 2 < whole.size(); ++length) {
-            const auto decoded =
-                decode(std::vector<uint8_t>(whole.begin(), whole.begin() + static_cast<long>(length)));
+            const auto decoded = decode(firstBytes(whole, length));
             if (!decoded) continue;
             ++pictures;
             EXPECT_EQ(decoded->pixels.width(), 61U);
             EXPECT_EQ(decoded->pixels.height(), 47U);
         }
         EXPECT_GT(pictures, whole.size() / 4);
-        const auto half = decode(
-            std::vector<uint8_t>(whole.begin(), whole.begin() + static_cast<long>(whole.size() * 4 / 5)));
+        const auto half = decode(firstBytes(whole, whole.size() * 4 / 5));
         ASSERT_TRUE(half);
         EXPECT_TRUE(half->damaged);
     }
@@ -222,7 +220,7 @@ TEST(JpegReader, GarbageBehindTheFirstMarkerIsDamaged) {
 
 TEST(JpegReader, AHeadWithoutAnyScanDataIsDamaged) {
     auto bytes = makeHollowJpeg(16, 16, 8, 0);
-    bytes.resize(bytes.size() - 2);
+    bytes = firstBytes(bytes, bytes.size() - 2);
     const auto decoded = decode(bytes);
     ASSERT_FALSE(decoded);
     EXPECT_EQ(decoded.reason().code, CodecError::Damaged);

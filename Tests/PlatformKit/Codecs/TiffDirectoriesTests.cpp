@@ -224,7 +224,7 @@ TEST(TiffDirectories, EveryCutAndManyHarmedBytesNeverCrash) {
     tiff.setFirst(tiff.addDirectory({{0x010E, kTiffAscii, 24, text}, {0x8769, kTiffLong, 1, exif}}, exif));
     const auto whole = tiff.bytes();
     for (size_t length = 0; length <= whole.size(); ++length) {
-        const std::vector<uint8_t> cut(whole.begin(), whole.begin() + static_cast<long>(length));
+        const auto cut = firstBytes(whole, length);
         MemorySource source(cut);
         EXPECT_EQ(readTiffDirectories(source).has_value(), length >= 8);
     }

@@ -25,10 +25,6 @@ CodecResult<ImageHeader> header(const std::vector<uint8_t>& bytes, uint32_t page
     return readTiffHeader(source, page);
 }
 
-std::vector<uint8_t> firstBytes(const std::vector<uint8_t>& bytes, size_t count) {
-    return std::vector<uint8_t>(bytes.begin(), bytes.begin() + static_cast<long>(count));
-}
-
 /// The smallest description of a gray picture, for files that lie about the rest.
 std::vector<TiffBytes::Entry> grayEntries(uint32_t width, uint32_t height, uint32_t rowsPerStrip) {
     return {{256, kTiffLong, 1, width}, {257, kTiffLong, 1, height},       {258, kTiffShort, 1, 8},
