@@ -66,7 +66,7 @@ OSErr GetTempFolderURLCocoa(CFURLRef* folder, const unsigned char* name, const u
 }
 
 bool PathToFSRefCocoa(const char* path, FSRef* reference) {
-    return makeFileReference(path, reference);
+    return guarded([&] { return makeFileReference(path, reference); }, false);
 }
 
 OSErr CMF_GetFileTime(CFURLRef url, DateTimeRec* creation, void* /*unused*/, DateTimeRec* modification) {
