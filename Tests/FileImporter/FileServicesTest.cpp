@@ -186,6 +186,19 @@ TEST(FileServicesTest, RemovingALinkSparesItsTarget) {
     EXPECT_EQ(readFile(target), "bytes");
 }
 
+TEST(FileServicesTest, ASlashBehindALinkDoesNotMakeItItsTarget) {
+    const TemporaryFolder folder;
+    const std::string target = folder.write("target/photo.jpg", "bytes");
+    folder.link("link", "target");
+    EXPECT_EQ(deleteAt(folder.at("link/")), 0);
+    EXPECT_FALSE(existsByHand(folder.at("link")));
+    EXPECT_EQ(readFile(target), "bytes");
+    folder.link("copy", "target");
+    EXPECT_EQ(copyTo(folder.at("copy/"), target), -47);
+    EXPECT_FALSE(existsByHand(folder.at("copy")));
+    EXPECT_EQ(readFile(target), "bytes");
+}
+
 TEST(FileServicesTest, ARefusedRemovalIsTold) {
     const ProtectedFolder fixture;
     const OrdinaryUser user;
@@ -207,6 +220,17 @@ TEST(FileServicesTest, FoldersAreCopiedWithAllTheyHold) {
     folder.write("card/DCIM/100ABCDE/IMG_0001.JPG", "bytes");
     EXPECT_EQ(copyTo(folder.at("copy"), folder.at("card")), 0);
     EXPECT_EQ(readFile(folder.at("copy/DCIM/100ABCDE/IMG_0001.JPG")), "bytes");
+}
+
+TEST(FileServicesTest, LinksAreCopiedAsLinks) {
+    const TemporaryFolder folder;
+    folder.write("card/photo.jpg", "bytes");
+    folder.link("link", "card");
+    for (const char* source : {"link", "link/"}) {
+        EXPECT_EQ(copyTo(folder.at("copy"), folder.at(source)), 0) << source;
+        EXPECT_EQ(fs::read_symlink(folder.at("copy")), "card") << source;
+        fs::remove(folder.at("copy"));
+    }
 }
 
 TEST(FileServicesTest, CopyingWithoutBothPlacesFindsNothing) {
