@@ -88,8 +88,7 @@ OSErr modificationDate(const char* path, DateTimeRec* date) {
 OSErr fileTimes(CFURLRef url, DateTimeRec* creation, DateTimeRec* modification) {
     if (url == nullptr || url->string() == nullptr) return kNotFoundErr;
     const std::string_view text = url->string()->view();
-    const std::optional<std::string> decoded = pathOfFileURLText(text);
-    const std::string path = decoded ? *decoded : std::string(text);
+    const std::string path = isFileURLText(text) ? pathOfFileURLText(text).value_or("") : std::string(text);
     const auto facts = fileFacts(path.c_str(), Links::Follow);
     if (creation == nullptr) return kNoOutputErr;
     *creation = recordOf(facts, &FileFacts::created);

@@ -244,6 +244,15 @@ TEST(FileDatesTest, TextThatIsNoFileURLIsAPathAsItStands) {
     EXPECT_EQ(times.modification, (DateTimeRec{2021, 8, 1, 12, 34, 56, 1}));
 }
 
+TEST(FileDatesTest, TextOfAFileURLWithoutAPathHereIsNotAPath) {
+    const TemporaryFolder folder;
+    folder.write("file:/elsewhere/photo.jpg", "bytes");
+    const ScopedCurrentFolder current(folder.path());
+    const Times times = timesOf(CFURL::createFromString("file://elsewhere/photo.jpg").get());
+    EXPECT_EQ(times.code, 0);
+    EXPECT_EQ(times.modification, kNoDate);
+}
+
 TEST(FileDatesTest, DateTextsFillTheRecord) {
     DateTimeRec date = kUntouched;
     EXPECT_TRUE(CheckDateForCocoa("2018:09:03 14:05:59", &date));
