@@ -21,9 +21,11 @@ namespace {
 
 bool endsWithAny(CFStringRef path, std::initializer_list<std::string_view> suffixes) {
     if (path == nullptr) return false;
-    const std::string name = lowercased(lastPathComponent(path->view()));
-    return std::any_of(suffixes.begin(), suffixes.end(),
-                       [&name](std::string_view suffix) { return name.ends_with(suffix); });
+    const std::string_view name = lastPathComponent(path->view());
+    return std::any_of(suffixes.begin(), suffixes.end(), [name](std::string_view suffix) {
+        return name.size() >= suffix.size() &&
+               equalIgnoringCase(name.substr(name.size() - suffix.size()), suffix);
+    });
 }
 
 }  // namespace

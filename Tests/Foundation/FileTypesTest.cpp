@@ -145,6 +145,9 @@ TEST(FileTypesTest, LettersPairUpInNoLocale) {
     EXPECT_EQ(typeOf("a.t\u0131f"), kUTTypeImage) << "dotless i";
     EXPECT_EQ(typeOf("a.T\u0130F"), kUTTypeImage) << "dotted I";
     EXPECT_FALSE(isTiffFile(text("a.t\u0131f").get()));
+    EXPECT_FALSE(isTiffFile(text("a.T\u0130F").get()));
+    EXPECT_FALSE(isPictFile(text("a.P\u0130CT").get()));
+    EXPECT_FALSE(isTiffFile(text("a.TI\uFB00").get())) << "a ligature is another letter";
     (void)std::setlocale(LC_ALL, before.c_str());
 }
 
