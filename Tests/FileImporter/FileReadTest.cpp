@@ -193,6 +193,12 @@ TEST(FileReadTest, DepthIsToldByURL) {
     EXPECT_EQ(depth, 48);
 }
 
+TEST(FileReadTest, WithoutAnImageLoaderNoImageIsRead) {
+    const TemporaryFolder folder;
+    EXPECT_EQ(NSImageRead(nullptr, 120), nullptr);
+    EXPECT_EQ(NSImageRead(urlAt(folder.write("photo.jpg", jpegWith({}))).get(), 120), nullptr);
+}
+
 TEST(FileReadTest, PropertiesOfTheFirstImageBelongToTheCaller) {
     const TemporaryFolder folder;
     const std::string path = folder.write("photo.jpg", jpegWith({.width = 640, .height = 480}));

@@ -242,9 +242,9 @@ TEST(RecordsTest, ResultCodesHaveTheirFixedValues) {
 
 TEST(RecordsTest, EveryResultCodeHasATextOfItsOwn) {
     std::set<std::string_view> texts = {resultCodeText(12345)};
-    for (const OSErr code : {kGenericErr, kNotFoundErr, kFileBusyErr, kParamErr, kMemFullErr, kFolderErr,
-                             kUnsupportedDepthErr, kNoImageBufferErr, kNoOutputErr, kUnreadableImageErr,
-                             kLookupErr, kNoErr})
+    for (const OSErr code :
+         {kGenericErr, kNotFoundErr, kFileBusyErr, kParamErr, kMemFullErr, kFolderErr, kUnsupportedDepthErr,
+          kNoImageBufferErr, kNoOutputErr, kUnreadableImageErr, kLookupErr, kNoErr})
         EXPECT_TRUE(texts.insert(resultCodeText(code)).second) << code << ": " << resultCodeText(code);
 }
 

@@ -198,6 +198,7 @@ TEST(SaveExtensionTest, UnknownCodesKeepTheExtensionFromTheLastDot) {
     EXPECT_EQ(extensionFor(urlAt("/nowhere/a.b.RaW").get(), accepted), ".RaW");
     EXPECT_EQ(extensionFor(urlAt("/nowhere/.raw").get(), accepted), ".raw");
     EXPECT_EQ(extensionFor(urlAt("/nowhere/a.").get(), accepted), ".");
+    EXPECT_EQ(extensionFor(urlAt("/nowhere/caf\xe9.r\xe9w").get(), accepted), ".r\xe9w") << "not UTF-8";
     EXPECT_EQ(extensionFor(urlAt("/x.y/\u00e9t\u00e9.\u00e9").get(), accepted), ".\u00e9");
 }
 
