@@ -1,0 +1,81 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "PictureFacts.h"
+
+#include <cctype>
+
+#include "FileImporter/CFileImporterCocoa.h"
+#include "PlatformKit/ImageProperties.h"
+#include "PlatformKit/Number.h"
+
+namespace fi {
+
+namespace {
+
+std::optional<int64_t> numberOf(const CFDictionary& properties, CFStringRef key) {
+    const auto* number = properties.value<CFNumber>(key);
+    return number != nullptr ? std::optional(number->int64Value()) : std::nullopt;
+}
+
+std::optional<DateTimeRec> dateOf(const CFDictionary& exif, CFStringRef key) {
+    const auto* text = exif.value<CFString>(key);
+    DateTimeRec date{};
+    if (text == nullptr || !CheckDateForCocoa(text->c_str(), &date)) return std::nullopt;
+    return date;
+}
+
+bool isLower(char c) {
+    return std::islower(static_cast<unsigned char>(c)) != 0;
+}
+
+/// A sentence without the capital at its start and the full stop at its end.
+std::string asClause(std::string_view sentence) {
+    if (sentence.ends_with('.')) sentence.remove_suffix(1);
+    std::string clause(sentence);
+    // An abbreviation such as "JPEG" keeps its capitals.
+    if (clause.size() > 1 && (isLower(clause[1]) || clause[1] == ' '))
+        clause[0] = static_cast<char>(std::tolower(static_cast<unsigned char>(clause[0])));
+    return clause;
+}
+
+OSErr codeOf(ImageError error) {
+    switch (error) {
+        case ImageError::None:
+            return kNoErr;
+        case ImageError::CannotOpen:
+        case ImageError::NoMemory:
+            return kMemFullErr;
+        case ImageError::WriteFailed:
+            return kGenericErr;
+        case ImageError::NotAnImage:
+        case ImageError::NoSuchImage:
+        case ImageError::Damaged:
+        case ImageError::Unsupported:
+        case ImageError::LimitExceeded:
+            return kUnreadableImageErr;
+    }
+    return kUnreadableImageErr;
+}
+
+}  // namespace
+
+std::optional<DateTimeRec> dateTaken(const CFDictionary& properties) {
+    const auto* exif = properties.value<CFDictionary>(kCGImagePropertyExifDictionary);
+    if (exif == nullptr) return std::nullopt;
+    const auto original = dateOf(*exif, kCGImagePropertyExifDateTimeOriginal);
+    return original ? original : dateOf(*exif, kCGImagePropertyExifDateTimeDigitized);
+}
+
+void addPictureFacts(PhotoFacts& facts, const CFDictionary& properties) {
+    facts.date = dateTaken(properties);
+    facts.orientation = numberOf(properties, kCGImagePropertyOrientation);
+    facts.width = numberOf(properties, kCGImagePropertyPixelWidth);
+    facts.height = numberOf(properties, kCGImagePropertyPixelHeight);
+    facts.exif = properties.value(kCGImagePropertyExifDictionary) != nullptr;
+}
+
+PhotoError photoError(const ImageFailure& failure) {
+    const OSErr code = codeOf(failure.code);
+    return {code, failure.text ? asClause(failure.text->view()) : resultCodeText(code)};
+}
+
+}  // namespace fi
