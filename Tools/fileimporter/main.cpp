@@ -17,6 +17,7 @@
 #include "Console.h"
 #include "InfoCommand.h"
 #include "ListCommand.h"
+#include "SheetCommand.h"
 #include "Signals.h"
 #include "Text.h"
 
@@ -36,6 +37,7 @@ Commands makeCommands(CLI::App& tool) {
     Commands commands;
     commands.push_back(std::make_unique<ListCommand>(tool));
     commands.push_back(std::make_unique<InfoCommand>(tool));
+    commands.push_back(std::make_unique<SheetCommand>(tool));
     return commands;
 }
 
