@@ -17,6 +17,7 @@
 #include "Console.h"
 #include "InfoCommand.h"
 #include "ListCommand.h"
+#include "SampleCardCommand.h"
 #include "SheetCommand.h"
 #include "Signals.h"
 #include "Text.h"
@@ -38,6 +39,7 @@ Commands makeCommands(CLI::App& tool) {
     commands.push_back(std::make_unique<ListCommand>(tool));
     commands.push_back(std::make_unique<InfoCommand>(tool));
     commands.push_back(std::make_unique<SheetCommand>(tool));
+    commands.push_back(std::make_unique<SampleCardCommand>(tool));
     return commands;
 }
 
