@@ -36,7 +36,7 @@ Turn inverse(Turn turn) {
 }
 
 void append(Bytes& out, std::span<const uint8_t> bytes) {
-    out.insert(out.end(), bytes.begin(), bytes.end());
+    std::copy(bytes.begin(), bytes.end(), std::back_inserter(out));
 }
 
 Bytes samplesOf(const PixelBuffer& picture) {
