@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Support/Comparison.h"
 
-#include <time.h>
+#include <sys/resource.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -12,10 +12,19 @@ namespace fi::bench {
 
 namespace {
 
+double milliseconds(const timeval& time) {
+    return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_usec) / 1e3;
+}
+
+/// Of this process and of the programs that it has run and waited for.
 double processorMilliseconds() {
-    timespec now{};
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
-    return static_cast<double>(now.tv_sec) * 1e3 + static_cast<double>(now.tv_nsec) / 1e6;
+    double sum = 0;
+    for (const int who : {RUSAGE_SELF, RUSAGE_CHILDREN}) {
+        rusage usage{};
+        getrusage(who, &usage);
+        sum += milliseconds(usage.ru_utime) + milliseconds(usage.ru_stime);
+    }
+    return sum;
 }
 
 double timeOf(const std::function<void()>& work) {
@@ -47,9 +56,14 @@ void printRow(const Comparison& comparison) {
     }
     const double oursMedian = median(ours);
     const double referenceMedian = median(reference);
-    std::printf("%-24.*s  %6.2f  %9.3f  %9.3f  %6.2f\n", static_cast<int>(comparison.name.size()),
+    std::printf("%-28.*s  %6.2f  %9.3f  %9.3f  %6.2f\n", static_cast<int>(comparison.name.size()),
                 comparison.name.data(), oursMedian / referenceMedian, oursMedian, referenceMedian,
                 comparison.bound);
+}
+
+void printMemoryRow(std::string_view name, double megabytes, double bound) {
+    std::printf("%-28.*s  %6s  %6.0f MB  %9s  %3.0f MB\n", static_cast<int>(name.size()), name.data(), "",
+                megabytes, "", bound);
 }
 
 }  // namespace fi::bench

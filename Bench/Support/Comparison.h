@@ -28,4 +28,7 @@ struct Comparison {
 /// bound. Each side runs once before, unmeasured.
 void printRow(const Comparison& comparison);
 
+/// Prints a row for the most memory that a program took.
+void printMemoryRow(std::string_view name, double megabytes, double bound);
+
 }  // namespace fi::bench

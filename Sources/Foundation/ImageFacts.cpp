@@ -7,6 +7,7 @@
 #include "PlatformKit/Base/CheckedMath.h"
 #include "PlatformKit/ImageProperties.h"
 #include "PlatformKit/ImageSource.h"
+#include "PlatformKit/Imaging/PropertyReaders.h"
 #include "PlatformKit/Number.h"
 
 namespace fi {
@@ -16,13 +17,6 @@ namespace {
 double sideOf(const CFDictionary& properties, CFStringRef key) {
     const auto* number = properties.value<CFNumber>(key);
     return number != nullptr ? number->doubleValue() : 0;
-}
-
-int32_t componentsOf(const CFDictionary& properties) {
-    const auto* model = properties.value<CFString>(kCGImagePropertyColorModel);
-    const std::string_view name = model != nullptr ? model->view() : std::string_view();
-    if (name == "RGB" || name == "Lab") return 3;
-    return name == "CMYK" ? 4 : 1;
 }
 
 }  // namespace
@@ -53,8 +47,7 @@ OSErr imageDepthAtPath(CFStringRef path, int32_t* depth) {
                          : CFURL::createFromPath(path->view());
     const auto properties = imagePropertiesAt(url.get());
     if (!properties) return kNotFoundErr;
-    const auto* bits = properties->value<CFNumber>(kCGImagePropertyDepth);
-    *depth = (bits != nullptr ? bits->int32Value() : 0) * componentsOf(*properties);
+    *depth = pixelDepth(*properties).value_or(0);
     return kNoErr;
 }
 
