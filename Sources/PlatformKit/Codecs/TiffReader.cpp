@@ -133,8 +133,8 @@ CodecResult<ImageHeader> readTiffHeader(ByteSource& source, uint32_t page) {
 }
 
 CodecResult<DecodedPicture> decodeTiff(ByteSource& source, uint32_t page, SizeFloor) {
-    return onPage<DecodedPicture>(
-        source, page, [](TiffHandle& handle, uint32_t) { return decodePage(handle); });
+    return onPage<DecodedPicture>(source, page,
+                                  [](TiffHandle& handle, uint32_t) { return decodePage(handle); });
 }
 
 }  // namespace fi

@@ -66,21 +66,24 @@ std::vector<uint8_t> jpegOf(const PixelBuffer& picture, double quality) {
 std::vector<uint8_t> withSegment(const std::vector<uint8_t>& jpeg, uint8_t marker,
                                  const std::vector<uint8_t>& payload) {
     const size_t length = payload.size() + 2;
-    std::vector<uint8_t> bytes(jpeg.begin(), jpeg.begin() + 2);
-    bytes.insert(bytes.end(),
-                 {0xFF, marker, static_cast<uint8_t>(length >> 8), static_cast<uint8_t>(length & 0xFF)});
-    bytes.insert(bytes.end(), payload.begin(), payload.end());
-    bytes.insert(bytes.end(), jpeg.begin() + 2, jpeg.end());
-    return bytes;
+    const std::vector<uint8_t> head = {jpeg.at(0),
+                                       jpeg.at(1),
+                                       0xFF,
+                                       marker,
+                                       static_cast<uint8_t>(length >> 8),
+                                       static_cast<uint8_t>(length & 0xFF)};
+    const std::vector<uint8_t> rest(jpeg.begin() + 2, jpeg.end());
+    return joined(joined(head, payload), rest);
 }
 
 std::vector<uint8_t> bytesOf(std::string_view text) {
     return std::vector<uint8_t>(text.begin(), text.end());
 }
 
-std::vector<uint8_t> joined(std::vector<uint8_t> first, const std::vector<uint8_t>& second) {
-    first.insert(first.end(), second.begin(), second.end());
-    return first;
+std::vector<uint8_t> joined(const std::vector<uint8_t>& first, const std::vector<uint8_t>& second) {
+    std::vector<uint8_t> both(first.size() + second.size());
+    std::copy(second.begin(), second.end(), std::copy(first.begin(), first.end(), both.begin()));
+    return both;
 }
 
 std::vector<uint8_t> firstBytes(const std::vector<uint8_t>& bytes, size_t count) {

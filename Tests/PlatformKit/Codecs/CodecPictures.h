@@ -26,7 +26,8 @@ namespace fi::test {
 /// The bytes of a text literal, inner NULs included.
 [[nodiscard]] std::vector<uint8_t> bytesOf(std::string_view text);
 
-[[nodiscard]] std::vector<uint8_t> joined(std::vector<uint8_t> first, const std::vector<uint8_t>& second);
+[[nodiscard]] std::vector<uint8_t> joined(const std::vector<uint8_t>& first,
+                                          const std::vector<uint8_t>& second);
 
 /// The first `count` bytes.
 [[nodiscard]] std::vector<uint8_t> firstBytes(const std::vector<uint8_t>& bytes, size_t count);

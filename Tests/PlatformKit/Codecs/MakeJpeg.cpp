@@ -49,28 +49,35 @@ void putWord(std::vector<uint8_t>& out, uint32_t value) {
 }
 
 void put(std::vector<uint8_t>& out, std::initializer_list<uint8_t> bytes) {
-    out.insert(out.end(), bytes);
+    for (const uint8_t byte : bytes) {
+        out.push_back(byte);
+    }
+}
+
+void fill(std::vector<uint8_t>& out, size_t count, uint8_t byte) {
+    out.resize(out.size() + count, byte);
 }
 
 /// Start of image, a plain quantization table, a frame of one gray component, and Huffman tables whose
 /// one code means "nothing".
 std::vector<uint8_t> makeHead(uint8_t frameMarker, uint16_t width, uint16_t height, uint8_t bits) {
-    std::vector<uint8_t> out = {0xFF, 0xD8, 0xFF, 0xDB, 0, 67, 0};
-    out.insert(out.end(), 64, 1);
+    std::vector<uint8_t> out;
+    put(out, {0xFF, 0xD8, 0xFF, 0xDB, 0, 67, 0});
+    fill(out, 64, 1);
     put(out, {0xFF, frameMarker, 0, 11, bits});
     putWord(out, height);
     putWord(out, width);
     put(out, {1, 1, 0x11, 0});
     for (const uint8_t table : {uint8_t{0x00}, uint8_t{0x10}}) {
         put(out, {0xFF, 0xC4, 0, 20, table, 1});
-        out.insert(out.end(), 16, 0);
+        fill(out, 16, 0);
     }
     return out;
 }
 
 void putScan(std::vector<uint8_t>& out, uint8_t first, uint8_t last, size_t dataBytes) {
     put(out, {0xFF, 0xDA, 0, 8, 1, 1, 0, first, last, 0});
-    out.insert(out.end(), dataBytes, 0);
+    fill(out, dataBytes, 0);
 }
 
 }  // namespace
