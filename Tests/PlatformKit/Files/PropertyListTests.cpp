@@ -46,14 +46,14 @@ TEST_F(PropertyList, HistoryOfFoldersIsAnArrayOfDictionaries) {
     const auto root = read(
         "<array><dict><key>path</key><string>/media/card</string><key>count</key><integer>12</integer></"
         "dict>"
-        "<dict><key>path</key><string>/home/caf\xC3\xA9 &amp; more</string></dict></array>");
+        "<dict><key>path</key><string>/cards/caf\xC3\xA9 &amp; more</string></dict></array>");
     const auto* history = as<CFArray>(root);
     ASSERT_NE(history, nullptr);
     ASSERT_EQ(history->count(), 2U);
     const auto* first = history->at<CFDictionary>(0);
     EXPECT_EQ(first->value<CFString>("path")->view(), "/media/card");
     EXPECT_EQ(first->value<CFNumber>("count")->int64Value(), 12);
-    EXPECT_EQ(history->at<CFDictionary>(1)->value<CFString>("path")->view(), "/home/caf\xC3\xA9 & more");
+    EXPECT_EQ(history->at<CFDictionary>(1)->value<CFString>("path")->view(), "/cards/caf\xC3\xA9 & more");
 }
 
 TEST_F(PropertyList, EveryKindThatTheKitKnowsIsRead) {
