@@ -1,0 +1,115 @@
+// SPDX-License-Identifier: Apache-2.0
+// fileimporter info, from its command line to its exit status.
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <nlohmann/json.hpp>
+
+#include "Support/MakePictures.h"
+#include "Support/TemporaryFolder.h"
+#include "Tools/ToolRun.h"
+
+namespace fi::test {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+class Info : public testing::Test {
+protected:
+    [[nodiscard]] std::string writeJpeg(const char* name, const ExifFacts& facts) const {
+        return m_folder.write(name, withExif(jpegOf(testPicture(64, 48)), facts));
+    }
+
+    TemporaryFolder m_folder;
+};
+
+TEST_F(Info, TellsWhatTheHeadersOfAJpegFileSay) {
+    ExifFacts facts;
+    facts.orientation = 6;
+    facts.date = "2004:05:01 06:07:08";
+    const ToolResult result = runTool({"info", "--json", writeJpeg("a.jpg", facts)});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.err, "");
+    const Json photo = Json::parse(result.lines().at(0));
+    std::vector<std::string> keys;
+    for (const auto& item : photo.items())
+        keys.push_back(item.key());
+    EXPECT_EQ(keys, (std::vector<std::string>{"path", "name", "type", "bytes", "modified", "date",
+                                              "orientation", "width", "height", "exif"}));
+    EXPECT_EQ(photo.at("date"), "2004-05-01T06:07:08");
+    EXPECT_EQ(photo.at("orientation"), 6);
+    EXPECT_EQ(photo.at("width"), 64);
+    EXPECT_EQ(photo.at("height"), 48);
+    EXPECT_EQ(photo.at("exif"), true);
+}
+
+TEST_F(Info, TellsWhatTheHeadersOfATiffFileSay) {
+    const std::string file = m_folder.write("a.tif", tiffOf(testPicture(30, 20), 8));
+    const Json photo = Json::parse(runTool({"info", "--json", file}).lines().at(0));
+    EXPECT_EQ(photo.at("type"), "tiff");
+    EXPECT_EQ(photo.at("orientation"), 8);
+    EXPECT_EQ(photo.at("width"), 30);
+    EXPECT_EQ(photo.at("height"), 20);
+    EXPECT_EQ(photo.at("date"), nullptr);
+    EXPECT_EQ(photo.at("exif"), false);
+}
+
+TEST_F(Info, WhatAFileDoesNotSayIsNull) {
+    const std::string file = m_folder.write("a.jpg", jpegOf(testPicture(64, 48)));
+    const Json photo = Json::parse(runTool({"info", "--json", file}).lines().at(0));
+    EXPECT_EQ(photo.at("date"), nullptr);
+    EXPECT_EQ(photo.at("orientation"), nullptr);
+    EXPECT_EQ(photo.at("exif"), false);
+}
+
+TEST_F(Info, ADateThatIsNoneIsNull) {
+    ExifFacts facts;
+    facts.date = "0000:00:00 00:00:00";
+    const Json photo = Json::parse(runTool({"info", "--json", writeJpeg("a.jpg", facts)}).lines().at(0));
+    EXPECT_EQ(photo.at("date"), nullptr);
+    EXPECT_EQ(photo.at("exif"), true);
+}
+
+TEST_F(Info, AsTextItIsAParagraphAFile) {
+    ExifFacts facts;
+    facts.orientation = 3;
+    facts.date = "2004:05:01 06:07:08";
+    const std::string file = writeJpeg("a.jpg", facts);
+    const std::string text = runTool({"info", file}).out;
+    for (const std::string& part :
+         {file + "\n", std::string("  taken       2004-05-01 06:07:08\n"),
+          std::string("  pixels      64 x 48\n"), std::string("  orientation 3\n")}) {
+        EXPECT_NE(text.find(part), std::string::npos) << part;
+    }
+}
+
+TEST_F(Info, EachFileThatFailsIsNamedAndTheOthersAreTold) {
+    const std::string good = writeJpeg("good.jpg", {});
+    const std::string text = m_folder.write("text.jpg", "This is no picture, whatever its name says.");
+    const std::string empty = m_folder.write("empty.jpg", "");
+    const std::string pipe = m_folder.at("pipe.jpg");
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    const std::string gone = m_folder.at("gone.jpg");
+    const std::vector<std::string> files = {text, empty, pipe, gone, m_folder.path()};
+    const ToolResult result = runTool({"info", "--json", text, empty, pipe, gone, m_folder.path(), good});
+    EXPECT_EQ(result.status, 1);
+    const auto lines = result.lines();
+    ASSERT_EQ(lines.size(), 6U);
+    for (size_t i = 0; i < files.size(); ++i) {
+        const Json photo = Json::parse(lines[i]);
+        EXPECT_EQ(photo.at("path"), files[i]);
+        EXPECT_EQ(photo.at("error").at("code"), files[i] == gone ? -43 : 1100) << files[i];
+        const std::string complaint =
+            "fileimporter: " + files[i] + ": " + photo.at("error").at("text").get<std::string>() + "\n";
+        EXPECT_NE(result.err.find(complaint), std::string::npos) << complaint;
+    }
+    EXPECT_FALSE(Json::parse(lines[5]).contains("error"));
+}
+
+TEST_F(Info, WhereNoFileIsThereTheStatusSaysSo) {
+    EXPECT_EQ(runTool({"info", m_folder.at("gone.jpg")}).status, 3);
+    EXPECT_EQ(runTool({"info"}).status, 2);
+}
+
+}  // namespace
+}  // namespace fi::test

@@ -1,0 +1,90 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "PhotoLine.h"
+
+#include <gtest/gtest.h>
+
+namespace fi::test {
+namespace {
+
+PhotoFacts someFacts() {
+    PhotoFacts facts;
+    facts.path = "/card/DCIM/100ABCDE/ABCD0001.JPG";
+    facts.bytes = 123456;
+    facts.modified = DateTimeRec{2004, 5, 1, 6, 7, 8, 6};
+    return facts;
+}
+
+TEST(PhotoLine, JsonHasEveryKeyInOrderAndNullWhereNothingIsKnown) {
+    EXPECT_EQ(
+        jsonLine(someFacts(), 12),
+        R"({"index":12,"path":"/card/DCIM/100ABCDE/ABCD0001.JPG","name":"ABCD0001.JPG","type":"jpeg",)"
+        R"("bytes":123456,"modified":"2004-05-01T06:07:08","date":null,"orientation":null,)"
+        R"("width":null,"height":null,"exif":null})");
+}
+
+TEST(PhotoLine, JsonHasNoIndexForASingleFile) {
+    PhotoFacts facts = someFacts();
+    facts.date = DateTimeRec{2004, 5, 1, 1, 2, 3, 0};
+    facts.orientation = 6;
+    facts.width = 640;
+    facts.height = 480;
+    facts.exif = true;
+    EXPECT_EQ(jsonLine(facts, std::nullopt),
+              R"({"path":"/card/DCIM/100ABCDE/ABCD0001.JPG","name":"ABCD0001.JPG","type":"jpeg",)"
+              R"("bytes":123456,"modified":"2004-05-01T06:07:08","date":"2004-05-01T01:02:03",)"
+              R"("orientation":6,"width":640,"height":480,"exif":true})");
+}
+
+TEST(PhotoLine, JsonOfAFailureHasItsCodeAndText) {
+    PhotoFacts facts;
+    facts.path = "gone.tif";
+    facts.error = PhotoError{kNotFoundErr, "there is no such file"};
+    EXPECT_EQ(
+        jsonLine(facts, 1),
+        R"({"index":1,"path":"gone.tif","name":"gone.tif","type":"tiff","bytes":null,"modified":null,)"
+        R"("date":null,"orientation":null,"width":null,"height":null,"exif":null,)"
+        R"("error":{"code":-43,"text":"there is no such file"}})");
+}
+
+TEST(PhotoLine, JsonGivesTheExactBytesOfANameThatIsNoUtf8) {
+    PhotoFacts facts;
+    facts.path = "/c/\xFF.jpg";
+    EXPECT_EQ(
+        jsonLine(facts, 1).find("{\"index\":1,\"path\":\"/c/\uFFFD.jpg\",\"pathBytes\":\"L2Mv/y5qcGc=\","
+                                "\"name\":\"\uFFFD.jpg\",\"type\":\"jpeg\","),
+        0U);
+}
+
+TEST(PhotoLine, TableAlignsItsColumns) {
+    const PhotoTable table({"/a/ABCD0001.JPG", "/a/b.tif"});
+    PhotoFacts facts = someFacts();
+    EXPECT_EQ(table.row(facts, 1), "1  ABCD0001.JPG  jpeg   123.5 kB  2004-05-01 06:07:08");
+    facts.path = "/a/b.tif";
+    facts.bytes.reset();
+    facts.modified.reset();
+    EXPECT_EQ(table.row(facts, 2), "2  b.tif         tiff          -  -");
+}
+
+TEST(PhotoLine, TableKeepsALineToALine) {
+    const PhotoTable table({"/a/x\ny.jpg"});
+    PhotoFacts facts;
+    facts.path = "/a/x\ny.jpg";
+    EXPECT_EQ(table.row(facts, 1), "1  x\\ny.jpg  jpeg          -  -");
+}
+
+TEST(PhotoFacts, TypeComesFromTheName) {
+    EXPECT_EQ(photoType("/a.b/c.JPG"), "jpeg");
+    EXPECT_EQ(photoType("c.jpeg"), "jpeg");
+    EXPECT_EQ(photoType("c.Tif"), "tiff");
+    EXPECT_EQ(photoType("c.tiff"), "tiff");
+    EXPECT_EQ(photoType("c.pct"), "pict");
+    EXPECT_EQ(photoType("c.PIC"), "pict");
+    EXPECT_EQ(photoType("c.bmp"), "bmp");
+    EXPECT_EQ(photoType("c.pdf"), "pdf");
+    EXPECT_EQ(photoType("c.qal"), "qal");
+    EXPECT_EQ(photoType("c.png"), "image");
+    EXPECT_EQ(photoType("/a.jpg/c"), "image");
+}
+
+}  // namespace
+}  // namespace fi::test
