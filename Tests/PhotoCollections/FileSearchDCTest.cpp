@@ -276,6 +276,7 @@ TEST(FileSearchDCTest, UpdateDropsWhatWasAddedByHand) {
     const auto search = searchOf(card.path());
     search->searchStart(1);
     search->addFileFromPath(text("/elsewhere/x.jpg").get());
+    search->addFileFromPath(text("/elsewhere/x.jpg").get());
     EXPECT_TRUE(search->fileUpdate(1));
     EXPECT_THAT(paths(*search), ElementsAre(card.at("a.jpg")));
     search->addFileFromPath(text("/elsewhere/x.jpg").get());
@@ -388,6 +389,7 @@ TEST(FileSearchDCTest, PathFoundByASearchIsNotAdded) {
 
 TEST(FileSearchDCTest, PathMayBeAddedAgainAfterClose) {
     const auto search = make<FileSearchDC>();
+    search->addFileFromPath(text("/a.jpg").get());
     search->addFileFromPath(text("/a.jpg").get());
     search->close();
     search->addFileFromPath(text("/a.jpg").get());

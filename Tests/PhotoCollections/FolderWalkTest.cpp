@@ -257,8 +257,17 @@ TEST(FolderWalkTest, HardLinksAreFilesOfTheirOwn) {
 TEST(FolderWalkTest, FolderFirstSeenTooDeepIsWalkedAgainFromAHigherPlace) {
     TemporaryFolder card;
     card.write("target/sub/photo.jpg", "");
-    card.link("a/b/link", "../../target");
+    card.link("a/link", "../target");
     EXPECT_THAT(walkedBelow(card, 3), ElementsAre("target/sub/photo.jpg"));
+}
+
+TEST(FolderWalkTest, DeepestRoundOfALoopComesFirst) {
+    TemporaryFolder card;
+    card.link("again", ".");
+    card.write("m/1.jpg", "");
+    card.write("z.jpg", "");
+    EXPECT_THAT(walkedBelow(card, 3), ElementsAre("z.jpg", "m/1.jpg"));
+    EXPECT_THAT(walkedBelow(card, 256), ElementsAre("z.jpg", "m/1.jpg"));
 }
 
 TEST(FolderWalkTest, TwoLinksToAnAncestorEndAtOnce) {
