@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstring>
 #include <filesystem>
 #include <string>
@@ -401,7 +402,7 @@ TEST(FileServicesTest, AHeapBlockOfNoBytesIsABlock) {
 
 TEST(FileServicesTest, AHeapBlockKeepsItsContentsInAnotherSize) {
     auto* block = static_cast<char*>(HeapAlloc(nullptr, 0, 8));
-    std::memcpy(block, "12345678", 8);
+    std::copy_n("12345678", 8, block);
     block = static_cast<char*>(HeapReAlloc(nullptr, 0, block, 1'000'000));
     ASSERT_NE(block, nullptr);
     EXPECT_EQ(std::string_view(block, 8), "12345678");

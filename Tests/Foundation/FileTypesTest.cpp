@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <clocale>
 #include <cstring>
 #include <iterator>
@@ -323,13 +324,13 @@ TEST(FileTypesTest, FamiliesAgreeWithTheirRulesOnRandomPaths) {
 
 TEST(FileTypesTest, FourCharacterCodesTakeThreeBytesAtMost) {
     const auto codeOf = [](std::string_view bytes) { return osTypeOfString(text(bytes).get()); };
-    const auto word = [](const char(&bytes)[5]) {
+    const auto word = [](const std::array<char, 4>& bytes) {
         OSType code = 0;
-        std::memcpy(&code, bytes, sizeof code);
+        std::memcpy(&code, bytes.data(), sizeof code);
         return code;
     };
-    EXPECT_EQ(codeOf("abc"), word("abc\0"));
-    EXPECT_EQ(codeOf("ab"), word("ab\0\0"));
+    EXPECT_EQ(codeOf("abc"), word({'a', 'b', 'c', '\0'}));
+    EXPECT_EQ(codeOf("ab"), word({'a', 'b', '\0', '\0'}));
     EXPECT_EQ(codeOf(""), 0U);
     EXPECT_EQ(codeOf("JPEG"), 0x3F3F3F3FU);
     EXPECT_EQ(codeOf("public.jpeg"), 0x3F3F3F3FU);

@@ -59,7 +59,7 @@ PascalBuffer byTheLetter(const std::string* fileName, const Accepted& accepted, 
         fileType = fileTypeOfName(text(*fileName).get());
     }
     const auto equalText = [](CFStringRef code, const char* wanted) {
-        std::string have(code->view());
+        std::string have(code != nullptr ? code->view() : "");
         std::transform(have.begin(), have.end(), have.begin(),
                        [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
         return have == wanted;
