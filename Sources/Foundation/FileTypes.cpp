@@ -31,6 +31,7 @@ bool endsWithAny(CFStringRef path, std::initializer_list<std::string_view> suffi
 }  // namespace
 
 bool isExtensionIn(std::string_view extension, const ExtensionEntry* table) {
+    // NOLINTNEXTLINE(clang-analyzer-core.UndefinedBinaryOperatorResult): behind its text an entry is zero
     for (; (*table)[0] != 0; ++table) {
         const std::string_view entry = pascalView(*table);
         if (isValidUTF8(entry) && equalIgnoringCase(entry, extension)) return true;
