@@ -8,6 +8,7 @@
 #include <type_traits>
 
 #include "PlatformKit/DateTime.h"
+#include "PlatformKit/Geometry.h"
 #include "PlatformKit/URL.h"
 
 namespace fi {
@@ -44,6 +45,11 @@ static_assert(offsetof(tCacheInfo, fileURL) == 8 && offsetof(tCacheInfo, photoUR
               offsetof(tCacheInfo, thumbnailURL) == 24 && offsetof(tCacheInfo, date) == 32 &&
               offsetof(tCacheInfo, orientation) == 46 && offsetof(tCacheInfo, extra) == 48 &&
               offsetof(tCacheInfo, exifValue1) == 52 && offsetof(tCacheInfo, exifValue2) == 54);
+
+/// A part of a photo in fractions of its sides, 0 to 1, from the bottom left: x, y, width, height. The
+/// whole (0, 0, 1, 1) and all zero both mean no trim.
+using TrimRatio = NSRect;
+static_assert(sizeof(TrimRatio) == 32 && std::is_trivially_copyable_v<TrimRatio>);
 
 /// A date with a code, offered to applications; the library makes none itself.
 class FI_EXPORT PhotoInfo {

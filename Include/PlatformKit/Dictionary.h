@@ -41,7 +41,7 @@ public:
     [[nodiscard]] virtual Entries copyEntries() const;
 
     /// The value of a key, BORROWED: valid while nobody changes the entry. Null when there is none.
-    [[nodiscard]] const NSObject* value(std::string_view key) const { return copyValue(key).get(); }
+    [[nodiscard]] virtual const NSObject* value(std::string_view key) const;
     [[nodiscard]] const NSObject* value(CFStringRef key) const { return value(key->view()); }
     /// The value as a type; null when it is of another type or missing.
     template <typename T, typename Key>
@@ -71,6 +71,8 @@ public:
 
     [[nodiscard]] size_t count() const override;
     [[nodiscard]] Ref<const NSObject> copyValue(std::string_view key) const override;
+    using CFDictionary::value;
+    [[nodiscard]] const NSObject* value(std::string_view key) const override;
     [[nodiscard]] Entries copyEntries() const override;
 
     /// Sets or replaces; a null value removes the entry.

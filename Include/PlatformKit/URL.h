@@ -13,7 +13,8 @@ namespace fi {
 
 class FI_EXPORT CFURL final : public NSObject {
 public:
-    /// OWNED. The file URL of a path; a relative one is taken from the current folder. Null for an empty
+    /// OWNED. The file URL of a path, slashes at its end left out (behind one, the system would take a link
+    /// for the folder it points at); a relative one is taken from the current folder. Null for an empty
     /// path or one with a NUL in it.
     static Ref<const CFURL> createFromPath(std::string_view path);
     /// OWNED. From a URL's text, "file:///a%20b" or "file:/a"; other schemes give a URL without a path.

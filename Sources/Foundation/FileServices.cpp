@@ -24,13 +24,6 @@ OSErr enterFolder(std::string& path, const unsigned char* name) {
     return makeFolder(path, Parents::Create) ? kNoErr : kFolderErr;
 }
 
-/// The URL's path as the name of the item itself: behind a slash at the end, the system would take a link
-/// for the folder it points at.
-std::string itemPathOf(CFURLRef url) {
-    const std::string_view path = url->path()->view();
-    return joinedPath(withoutLastPathComponent(path), lastPathComponent(path));
-}
-
 DateTimeRec recordOf(const std::optional<FileFacts>& facts, FileTime FileFacts::*time) {
     return facts ? localDate(((*facts).*time).seconds, WeekDays::FromOne) : DateTimeRec{};
 }
@@ -64,18 +57,18 @@ OSErr deleteFileAt(CFURLRef url) {
     if (url == nullptr) return kNoErr;
     const char* path = pathOf(url);
     if (path == nullptr || !itemExists(path)) return kNotFoundErr;
-    return removeItem(itemPathOf(url)) ? kNoErr : kFileBusyErr;
+    return removeItem(path) ? kNoErr : kFileBusyErr;
 }
 
 OSErr copyFile(CFURLRef destination, CFURLRef source) {
     const char* from = pathOf(source);
     if (destination == nullptr || from == nullptr || !itemExists(from)) return kNotFoundErr;
-    if (pathOf(destination) == nullptr) return kNoErr;
-    const std::string to = itemPathOf(destination);
+    const char* to = pathOf(destination);
+    if (to == nullptr) return kNoErr;
     // Callers remove the destination first when they want a copy: one that exists is removed and that
     // is all. Only when it will not go is the copy tried, which then fails on it.
-    if (itemExists(to.c_str()) && removeItem(to)) return kFileBusyErr;
-    return copyItem(itemPathOf(source), to) ? kNoErr : kFileBusyErr;
+    if (itemExists(to) && removeItem(to)) return kFileBusyErr;
+    return copyItem(from, to) ? kNoErr : kFileBusyErr;
 }
 
 OSErr modificationDate(const char* path, DateTimeRec* date) {

@@ -79,6 +79,17 @@ TEST(RecordsTest, DateTimeRecIsSevenNumbersOf16Bits) {
     expectMember<int16_t>(date, date.dayOfWeek, 12, "dayOfWeek");
 }
 
+TEST(RecordsTest, TrimRatioIsFourDoublesInTheOrderXYWidthHeight) {
+    const TrimRatio ratio{{0.25, 0.5}, {0.75, 1.0}};
+    double parts[4];
+    static_assert(sizeof parts == sizeof ratio);
+    std::memcpy(parts, &ratio, sizeof parts);
+    EXPECT_EQ(parts[0], 0.25);
+    EXPECT_EQ(parts[1], 0.5);
+    EXPECT_EQ(parts[2], 0.75);
+    EXPECT_EQ(parts[3], 1.0);
+}
+
 TEST(RecordsTest, CPhotoHasItsMembersInOrder) {
     const CPhoto photo{};
     expectMember<uint64_t>(photo, photo.reserved, 0, "reserved");

@@ -33,9 +33,12 @@ bool makeFileReference(const char* path, FSRef* out) {
     std::string resolved = resolvingLinks(path);
     ReferenceTable& references = table();
     const std::lock_guard lock(references.mutex);
-    const auto [entry, added] =
-        references.ids.try_emplace(std::move(resolved), references.paths.size() + 1);
-    if (added) references.paths.push_back(entry->first);
+    auto entry = references.ids.find(resolved);
+    if (entry == references.ids.end()) {
+        // The path first: without memory for its id it only stands there unused.
+        references.paths.push_back(resolved);
+        entry = references.ids.emplace(std::move(resolved), references.paths.size()).first;
+    }
     *out = FSRef{entry->second, {}};
     return true;
 }

@@ -41,14 +41,15 @@ Ref<const CFURL> CFURL::createFromPath(std::string_view path) {
     if (path.empty() || path.find('\0') != std::string_view::npos) return nullptr;
     const std::string absolute = absolutePath(path);
     if (absolute.empty()) return nullptr;
-    return adopt(
-        new CFURL(CFString::create("file://" + percentEncodedPath(absolute)), CFString::create(absolute)));
+    const std::string_view item = withoutTrailingSlashes(absolute);
+    return adopt(new CFURL(CFString::create("file://" + percentEncodedPath(item)), CFString::create(item)));
 }
 
 Ref<const CFURL> CFURL::createFromString(std::string_view text) {
     if (!hasScheme(text)) return nullptr;
     auto path = pathOfFileURLText(text);
-    return adopt(new CFURL(CFString::create(text), path ? CFString::create(*path) : nullptr));
+    return adopt(new CFURL(CFString::create(text),
+                           path ? CFString::create(withoutTrailingSlashes(*path)) : nullptr));
 }
 
 Ref<const CFString> CFURL::copyLastPathComponent() const {

@@ -11,9 +11,13 @@ size_t CFDictionary::count() const {
     return m_entries.size();
 }
 
-Ref<const NSObject> CFDictionary::copyValue(std::string_view key) const {
+const NSObject* CFDictionary::value(std::string_view key) const {
     const auto found = m_entries.find(key);
-    return found == m_entries.end() ? nullptr : found->second;
+    return found == m_entries.end() ? nullptr : found->second.get();
+}
+
+Ref<const NSObject> CFDictionary::copyValue(std::string_view key) const {
+    return fi::retain(CFDictionary::value(key));
 }
 
 CFDictionary::Entries CFDictionary::copyEntries() const {
@@ -53,6 +57,11 @@ size_t NSMutableDictionary::count() const {
 Ref<const NSObject> NSMutableDictionary::copyValue(std::string_view key) const {
     const std::lock_guard lock(m_mutex);
     return CFDictionary::copyValue(key);
+}
+
+const NSObject* NSMutableDictionary::value(std::string_view key) const {
+    const std::lock_guard lock(m_mutex);
+    return CFDictionary::value(key);
 }
 
 CFDictionary::Entries NSMutableDictionary::copyEntries() const {

@@ -3,15 +3,11 @@
 
 namespace fi {
 
-namespace {
-
 std::string_view withoutTrailingSlashes(std::string_view path) {
     while (path.size() > 1 && path.back() == '/')
         path.remove_suffix(1);
     return path;
 }
-
-}  // namespace
 
 std::string_view lastPathComponent(std::string_view path) {
     path = withoutTrailingSlashes(path);

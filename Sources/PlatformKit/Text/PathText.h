@@ -7,6 +7,9 @@
 
 namespace fi {
 
+/// The path without slashes at its end; "/" stays. The result looks into `path`.
+[[nodiscard]] std::string_view withoutTrailingSlashes(std::string_view path);
+
 /// The text after the last "/", trailing slashes ignored; "/" for the root, "" for an empty path. The
 /// result looks into `path`.
 [[nodiscard]] std::string_view lastPathComponent(std::string_view path);

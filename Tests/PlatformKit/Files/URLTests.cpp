@@ -47,8 +47,15 @@ TEST(URL, PathsOfAnyBytesSurviveTheRoundTrip) {
         std::string path = "/";
         for (size_t length = random() % 12; length > 0; --length)
             path += static_cast<char>(1 + random() % 255);
-        EXPECT_EQ(pathOf("file://" + percentEncodedPath(path)), path);
+        EXPECT_EQ(pathOf("file://" + percentEncodedPath(path)), withoutTrailingSlashes(path));
     }
+}
+
+TEST(URL, PathNamesTheItemWithoutSlashesAtItsEnd) {
+    EXPECT_EQ(CFURL::createFromPath("/DCIM//")->path()->view(), "/DCIM");
+    EXPECT_EQ(CFURL::createFromPath("/DCIM//")->string()->view(), "file:///DCIM");
+    EXPECT_EQ(pathOf("file:///DCIM/"), "/DCIM");
+    EXPECT_EQ(CFURL::createFromPath("//")->path()->view(), "/");
 }
 
 TEST(URL, RelativePathIsTakenFromTheCurrentFolder) {
@@ -118,7 +125,7 @@ TEST(URL, AppendingMakesANewObjectJoinedByOneSlash) {
     EXPECT_EQ(file->path()->view(), "/DCIM/a b.jpg");
     EXPECT_EQ(file->string()->view(), "file:///DCIM/a%20b.jpg");
     EXPECT_EQ(file->retainCount(), 1U);
-    EXPECT_EQ(folder->path()->view(), "/DCIM/");
+    EXPECT_EQ(folder->path()->view(), "/DCIM");
 }
 
 TEST(URL, FileSystemRepresentationFitsWithItsNULOrNotAtAll) {
