@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
-# What "cmake --install" lays down: the library with its headers, the CMake package, the pkg-config file
-# and the tool. All of it finds its parts by relative paths, so that a package can be unpacked anywhere.
+# What "cmake --install" lays down: the library with its headers, the CMake package, the pkg-config file;
+# the tool's folder adds the tool. All of it finds its parts by relative paths, so that a package can be unpacked anywhere.
 include(CMakePackageConfigHelpers)
 
 set(package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/FileImporter")
@@ -23,9 +23,4 @@ string(REGEX REPLACE "/$" "" up_to_prefix "${up_to_prefix}")
 configure_file("${CMAKE_CURRENT_LIST_DIR}/fileimporter.pc.in" "${PROJECT_BINARY_DIR}/fileimporter.pc" @ONLY)
 install(FILES "${PROJECT_BINARY_DIR}/fileimporter.pc" DESTINATION ${pkgconfig_dir})
 
-if(TARGET fileimporter)
-  file(RELATIVE_PATH bin_to_lib "${CMAKE_INSTALL_FULL_BINDIR}" "${CMAKE_INSTALL_FULL_LIBDIR}")
-  set_target_properties(fileimporter PROPERTIES INSTALL_RPATH "$ORIGIN/${bin_to_lib}")
-  install(TARGETS fileimporter RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
-endif()
 install(FILES "${PROJECT_SOURCE_DIR}/LICENSE" DESTINATION ${CMAKE_INSTALL_DOCDIR})

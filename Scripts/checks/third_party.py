@@ -31,7 +31,7 @@ ROOMS = [
 ]
 # A tool, an example or a test is nobody's foundation: its own headers may name what it uses.
 HEADERS_MAY = ("Tools/", "Examples/", "Tests/", "Bench/")
-# Tests may ask a library directly for a second opinion on what the room above it did.
+# Tests and benchmarks may ask a library directly, for a second opinion on what the product did with it.
 SECOND_OPINION = ("Tests/", "Bench/")
 INCLUDE = re.compile(r'^\s*#\s*include\s*[<"]([^>"]+)[>"]')
 TABLE = [(re.compile(pattern), homes) for pattern, homes in ROOMS]
@@ -43,7 +43,7 @@ def fault(path, header):
     for pattern, homes in TABLE:
         if not pattern.fullmatch(header):
             continue
-        if place.startswith(SECOND_OPINION) and homes[0].startswith(KIT):
+        if place.startswith(SECOND_OPINION) and not homes[0].startswith(SECOND_OPINION):
             return None
         if not place.startswith(tuple(homes)):
             return f"<{header}> belongs into {' or '.join(homes)}"
