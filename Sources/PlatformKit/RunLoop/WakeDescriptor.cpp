@@ -48,11 +48,10 @@ void WakeDescriptor::setReady(bool ready) {
 void WakeDescriptor::setTimer(std::optional<Clock::time_point> when) {
     itimerspec spec{};
     if (when) {
-        using namespace std::chrono;
+        using Nanoseconds = std::chrono::nanoseconds;
         // A moment of zero would disarm the timer; the past is readable at once either way.
-        const auto moment =
-            std::max<nanoseconds>(duration_cast<nanoseconds>(when->time_since_epoch()), 1ns);
-        const auto whole = duration_cast<seconds>(moment);
+        const auto moment = std::max<Nanoseconds>(when->time_since_epoch(), Nanoseconds(1));
+        const auto whole = std::chrono::floor<std::chrono::seconds>(moment);
         spec.it_value.tv_sec = whole.count();
         spec.it_value.tv_nsec = (moment - whole).count();
     }

@@ -45,6 +45,7 @@ TEST(Object, CountsOfManyThreadsAreNotLost) {
     bool ended = false;
     const auto* object = new CountedObject([&] { ended = true; });
     std::vector<std::thread> threads;
+    threads.reserve(4);
     for (int t = 0; t < 4; ++t) {
         threads.emplace_back([object] {
             for (int i = 0; i < 10000; ++i) {

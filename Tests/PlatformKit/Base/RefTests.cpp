@@ -23,7 +23,7 @@ static_assert(!std::is_constructible_v<Ref<CountedObject>, CountedObject*>);
 static_assert(std::is_convertible_v<Ref<Derived>, Ref<const NSObject>>);
 static_assert(!std::is_convertible_v<Ref<const NSObject>, Ref<NSObject>>);
 static_assert(std::is_nothrow_move_constructible_v<Ref<Derived>>);
-static_assert(sizeof(Ref<Derived>) == sizeof(Derived*));
+static_assert(sizeof(Ref<Derived>) == sizeof(void*));
 
 TEST(Ref, AdoptingTakesTheReferenceOver) {
     auto* object = new CountedObject;

@@ -6,6 +6,7 @@
 
 #include <string>
 #include <thread>
+#include <type_traits>
 #include <vector>
 
 #include "PlatformKit/Base/CountedObject.h"
@@ -37,7 +38,7 @@ TEST(Selector, SameTextAndMethodIsTheSameWord) {
     EXPECT_NE(selector<&View::ready>("ready"), selector<&View::ready>("ready:"));
     EXPECT_NE(selector<&View::ready>("ready"), selector<&View::self>("ready"));
     EXPECT_STREQ(selector<&View::take>("take:")->name, "take:");
-    static_assert(sizeof(SEL) == sizeof(void*));
+    static_assert(std::is_pointer_v<SEL>);
 }
 
 TEST(Selector, NameOutlivesTheTextItWasMadeFrom) {
@@ -85,6 +86,7 @@ TEST(Selector, NullsAndForeignTargetsDoNothing) {
 TEST(Selector, ThreadsGetTheSameWord) {
     std::vector<SEL> made(8);
     std::vector<std::thread> threads;
+    threads.reserve(made.size());
     for (SEL& one : made)
         threads.emplace_back([&one] { one = selector<&View::take>("fromManyThreads:"); });
     for (auto& thread : threads)

@@ -96,10 +96,12 @@ TEST(FileReference, CanBeMadeToFail) {
 TEST(FileReference, ThreadsAgreeOnTheRecord) {
     const TemporaryFolder folder;
     std::vector<std::string> paths;
+    paths.reserve(50);
     for (int i = 0; i < 50; ++i)
         paths.push_back(folder.write(std::to_string(i), "x"));
     std::vector<std::vector<FSRef>> made(4, std::vector<FSRef>(paths.size()));
     std::vector<std::thread> threads;
+    threads.reserve(made.size());
     for (auto& mine : made) {
         threads.emplace_back([&] {
             for (size_t i = 0; i < paths.size(); ++i)

@@ -55,9 +55,9 @@ TEST_F(RunLoopDelay, IsNotDueBeforeItsMoment) {
 }
 
 TEST_F(RunLoopDelay, FollowsTheMomentsNotTheRequests) {
-    askIn(0.06, "third");
-    askIn(0.02, "first");
-    askIn(0.04, "second");
+    askIn(0.15, "third");
+    askIn(0.05, "first");
+    askIn(0.1, "second");
     ASSERT_TRUE(runUntilNotes(3));
     EXPECT_EQ(m_recorder->notes(), Strings({"first", "second", "third"}));
 }

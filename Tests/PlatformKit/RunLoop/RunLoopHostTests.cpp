@@ -55,7 +55,7 @@ TEST_F(RunLoopHost, StaysReadableForARequestMadeDuringTheTurn) {
 }
 
 TEST_F(RunLoopHost, BecomesReadableWhenADelayHasPassed) {
-    askIn(0.05);
+    askIn(0.2);
     EXPECT_FALSE(isReadable(0));
     EXPECT_EQ(pollRunLoop(), 0U);
     EXPECT_TRUE(isReadable(5000));

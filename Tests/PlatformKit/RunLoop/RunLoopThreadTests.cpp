@@ -20,6 +20,7 @@ template <typename Work>
 void onWorkers(const Work& work) {
     std::atomic<int> ended{0};
     std::vector<std::thread> threads;
+    threads.reserve(kWorkers);
     for (int worker = 0; worker < kWorkers; ++worker) {
         threads.emplace_back([&, worker] {
             work(worker);
@@ -77,6 +78,7 @@ TEST(RunLoopThreads, HostLoopServesAllWorkers) {
     std::atomic<int> ended{0};
     std::atomic<int> performed{0};
     std::vector<std::thread> threads;
+    threads.reserve(kWorkers);
     for (int worker = 0; worker < kWorkers; ++worker) {
         threads.emplace_back([&] {
             for (int i = 0; i < kRequests; ++i)
