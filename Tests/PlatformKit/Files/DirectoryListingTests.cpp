@@ -23,6 +23,7 @@ Names namesOf(const std::string& folder) {
     const auto listing = DirectoryListing::read(folder.c_str());
     if (!listing) return {"(unreadable)"};
     Names names;
+    names.reserve(listing->entries().size());
     for (const DirectoryEntry& entry : listing->entries())
         names.emplace_back(entry.view());
     return names;
@@ -113,6 +114,7 @@ TEST(DirectoryListing, NamesStayValidWhenItIsMoved) {
 TEST(DirectoryListing, LongNamesAndManyEntriesAreListed) {
     const TemporaryFolder folder;
     Names names;
+    names.reserve(301);
     for (int i = 0; i < 300; ++i)
         names.push_back(std::string(100, 'n') + std::to_string(i));
     names.push_back(std::string(255, 'x'));
