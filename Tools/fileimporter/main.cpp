@@ -59,8 +59,8 @@ void prepareProcess() {
     setlocale(LC_CTYPE, "C.UTF-8");
 }
 
-ExitStatus runCommand(Command& command) {
-    Console console(command.isQuiet() ? Progress::Meter::Silent : Progress::Meter::Shown);
+ExitStatus runCommand(Command& command, bool quiet) {
+    Console console(quiet ? Progress::Meter::Silent : Progress::Meter::Shown);
     ExitStatus status = ExitStatus::SomeFailed;
     try {
         status = command.run(console);
@@ -87,6 +87,8 @@ ExitStatus runTool(int count, const char* const* words) {
     tool.require_subcommand(0, 1);
     tool.set_version_flag("--version", "fileimporter " FILEIMPORTER_VERSION, "Print the version and exit");
     tool.set_help_flag("-h,--help", "Print this help and exit");
+    bool quiet = false;
+    tool.add_flag("-q,--quiet", quiet, "No progress on the terminal");
     tool.footer(kStatuses);  // the commands inherit it
     tool.failure_message(complaintAbout);
     const Commands commands = makeCommands(tool);
@@ -97,7 +99,7 @@ ExitStatus runTool(int count, const char* const* words) {
         return tool.exit(error, std::cout, std::cerr) == 0 ? ExitStatus::AllDone : ExitStatus::WrongUsage;
     }
     for (const auto& command : commands) {
-        if (command->isChosen()) return runCommand(*command);
+        if (command->isChosen()) return runCommand(*command, quiet || command->isQuiet());
     }
     std::cerr << tool.help();
     return ExitStatus::WrongUsage;
