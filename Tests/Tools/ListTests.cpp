@@ -241,6 +241,12 @@ TEST_F(List, HelpAndVersionGoToStandardOutput) {
     EXPECT_EQ(runTool({"--version"}).out, "fileimporter " FILEIMPORTER_VERSION "\n");
 }
 
+TEST_F(List, QuietIsTakenBeforeAndBehindTheCommand) {
+    m_card.write("a.jpg", "x");
+    EXPECT_EQ(runTool({"-q", "list", m_card.path()}).status, 0);
+    EXPECT_EQ(runTool({"list", m_card.path(), "--quiet"}).status, 0);
+}
+
 TEST_F(List, AReaderThatHasSeenEnoughEndsItQuietly) {
     const std::string longName(200, 'n');
     for (int i = 0; i < 600; ++i)

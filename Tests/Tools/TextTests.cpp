@@ -50,10 +50,10 @@ TEST(Text, MeasuresTextInColumnsOfATerminal) {
 
 TEST(Text, EncodesBytesInBase64) {
     EXPECT_EQ(base64(""), "");
-    EXPECT_EQ(base64("f"), "Zg==");
-    EXPECT_EQ(base64("fo"), "Zm8=");
-    EXPECT_EQ(base64("foo"), "Zm9v");
-    EXPECT_EQ(base64("foob"), "Zm9vYg==");
+    EXPECT_EQ(base64("a"), "YQ==");
+    EXPECT_EQ(base64("ab"), "YWI=");
+    EXPECT_EQ(base64("abc"), "YWJj");
+    EXPECT_EQ(base64("abcd"), "YWJjZA==");
     EXPECT_EQ(base64("\xFF\xFE\xFD"), "//79");
 }
 
