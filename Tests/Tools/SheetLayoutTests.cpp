@@ -68,7 +68,7 @@ TEST(SheetLayout, TakesNoMorePixelsThanItMayUnlessPicturesAreAsSmallAsCanBe) {
 
 TEST(SheetLayout, ShowsPicturesInFullSizeWhileTheyFit) {
     EXPECT_EQ(SheetLayout::forPhotos(1, 0)->pictureSide(), SheetLayout::kLargestPicture);
-    EXPECT_EQ(SheetLayout::forPhotos(500, 0)->pictureSide(), SheetLayout::kLargestPicture);
+    EXPECT_EQ(SheetLayout::forPhotos(350, 0)->pictureSide(), SheetLayout::kLargestPicture);
     EXPECT_LT(SheetLayout::forPhotos(1000, 0)->pictureSide(), SheetLayout::kLargestPicture);
     EXPECT_EQ(SheetLayout::forPhotos(100'000, 0)->pictureSide(), SheetLayout::kSmallestPicture);
 }

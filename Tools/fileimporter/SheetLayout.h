@@ -14,7 +14,8 @@ public:
     static constexpr uint32_t kSmallestPicture = 48;
     static constexpr uint32_t kSmallestCaptioned = 96;  ///< below it, captions could not be read
     static constexpr uint32_t kLongestSide = 30'000;    ///< of the page
-    static constexpr uint64_t kMostPixels = 24'000'000;
+    /// Of the page, which is in memory twice while it is written: less than 150 MB in all.
+    static constexpr uint64_t kMostPixels = 16'000'000;
     static constexpr uint32_t kMostColumns = 500;  ///< that can be asked for
 
     struct Place {
