@@ -61,7 +61,7 @@ class Holding : public CFileSearchDC {
 public:
     explicit Holding(unsigned count) {
         for (unsigned i = 1; i <= count; ++i)
-            FileAddFromPath(text("/" + std::to_string(i) + ".jpg").get());
+            FileAddFromPath(text(numbered("/", i, ".jpg")).get());
     }
     /// Calls a cursor operation; the path that it gives, "-" when it answers no.
     std::string call(bool (CFileSearchDC::*operation)(CFURLRef*)) {

@@ -17,7 +17,6 @@ namespace {
 
 namespace fs = std::filesystem;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 Ref<FileSearchDC> searchOf(const std::string& folder) {
     auto search = make<FileSearchDC>();

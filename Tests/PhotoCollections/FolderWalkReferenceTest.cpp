@@ -42,7 +42,7 @@ public:
     void walk(const std::string& folder, int depth, Paths& found) const {
         if (m_depth <= depth) return;
         for (const std::string& name : namesIn(folder)) {
-            const std::string full = folder + "/" + name;
+            const std::string full = std::string(folder).append("/").append(name);
             if (m_volumes.contains(full)) continue;
             std::error_code error;
             const std::string resolved = fs::canonical(full, error).string();

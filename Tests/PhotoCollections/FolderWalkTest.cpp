@@ -71,7 +71,7 @@ TEST(FolderWalkTest, EntriesOfALargeFolderComeInFoldedOrder) {
         if (i % 5 == 0) name += "\xC3\x89t\xC3\xA9";
         if (i % 7 == 0) name += "\xFF";
         if (i % 2 == 0) name.insert(0, "IMG_0000");
-        name += std::to_string(i) + ".jpg";
+        name += numbered({}, i, ".jpg");
         card.write(name, "");
         expected.emplace_back(caseFolded(name), name);
     }
@@ -84,8 +84,8 @@ TEST(FolderWalkTest, EntriesOfALargeFolderComeInFoldedOrder) {
 
 TEST(FolderWalkTest, TwoWalksOfAnUnchangedTreeAgree) {
     TemporaryFolder card;
-    for (int i = 0; i < 300; ++i)
-        card.write("f" + std::to_string(i % 7) + "/" + std::to_string(i * 7919) + ".jpg", "");
+    for (size_t i = 0; i < 300; ++i)
+        card.write(numbered("f", i % 7, numbered("/", i * 7919, ".jpg")), "");
     const Paths first = walkedBelow(card);
     EXPECT_EQ(first.size(), 300U);
     EXPECT_EQ(walkedBelow(card), first);
@@ -94,9 +94,9 @@ TEST(FolderWalkTest, TwoWalksOfAnUnchangedTreeAgree) {
 TEST(FolderWalkTest, OrderDoesNotDependOnTheOrderOfCreation) {
     TemporaryFolder one;
     TemporaryFolder two;
-    for (int i = 0; i < 200; ++i) {
-        one.write(std::to_string(i) + ".jpg", "");
-        two.write(std::to_string(199 - i) + ".jpg", "");
+    for (size_t i = 0; i < 200; ++i) {
+        one.write(numbered({}, i, ".jpg"), "");
+        two.write(numbered({}, 199 - i, ".jpg"), "");
     }
     EXPECT_EQ(walkedBelow(one), walkedBelow(two));
 }
@@ -283,11 +283,11 @@ TEST(FolderWalkTest, TwoLinksToAnAncestorEndAtOnce) {
 
 TEST(FolderWalkTest, ManyLinksAmongManyFoldersEndAtOnce) {
     TemporaryFolder card;
-    for (int i = 0; i < 12; ++i) {
-        const std::string folder = "f" + std::to_string(i);
+    for (size_t i = 0; i < 12; ++i) {
+        const std::string folder = numbered("f", i);
         card.write(folder + "/photo.jpg", "");
-        for (int k = 0; k < 12; ++k)
-            card.link(folder + "/to" + std::to_string(k), "../f" + std::to_string(k));
+        for (size_t k = 0; k < 12; ++k)
+            card.link(folder + numbered("/to", k), numbered("../f", k));
     }
     const auto start = std::chrono::steady_clock::now();
     EXPECT_EQ(walkedBelow(card, 256).size(), 12U);
@@ -296,8 +296,8 @@ TEST(FolderWalkTest, ManyLinksAmongManyFoldersEndAtOnce) {
 
 TEST(FolderWalkTest, LargeFolderWithALinkToItselfEndsSoon) {
     TemporaryFolder card;
-    for (int i = 0; i < 1000; ++i)
-        card.write("IMG_" + std::to_string(1000 + i) + ".JPG", "");
+    for (size_t i = 0; i < 1000; ++i)
+        card.write(numbered("IMG_", 1000 + i, ".JPG"), "");
     card.link("self", ".");
     const auto start = std::chrono::steady_clock::now();
     EXPECT_EQ(walkedBelow(card, 256).size(), 1000U);

@@ -48,8 +48,8 @@ void withEverMoreMemory(const std::function<std::function<void()>()>& prepare,
 TemporaryFolder& sampleCard() {
     static TemporaryFolder card;
     if (card.path().empty() || !walked(card.path()).empty()) return card;
-    for (int i = 0; i < 4; ++i)
-        card.write("DCIM/100ABCDE/a photograph with a long name, number " + std::to_string(i) + ".JPG", "");
+    for (size_t i = 0; i < 4; ++i)
+        card.write(numbered("DCIM/100ABCDE/a photograph with a long name, number ", i, ".JPG"), "");
     card.write("DCIM/\xC3\xA9/\xC3\xA4.tif", "");
     card.link("up", ".");
     return card;

@@ -32,6 +32,10 @@ Ref<const CFURL> fileURL(std::string_view path) {
     return CFURL::createFromPath(path);
 }
 
+std::string numbered(std::string_view before, size_t number, std::string_view after) {
+    return std::string(before).append(std::to_string(number)).append(after);
+}
+
 Paths paths(const CFArray& array) {
     Paths found;
     for (size_t i = 0; i < array.count(); ++i)
@@ -88,10 +92,10 @@ bool BrokenReferences::happens(Fault fault, std::string_view detail) {
 
 MountTableOf::MountTableOf(const Paths& mountPoints) {
     std::string table;
-    int number = 40;
+    size_t number = 40;
     for (const std::string& point : mountPoints) {
-        table += std::to_string(number++);
-        table += " 20 8:1 / " + escaped(point) + " rw,relatime shared:1 - ext4 /dev/sdx1 rw\n";
+        table += numbered({}, number++, " 20 8:1 / ") + escaped(point) +
+                 " rw,relatime shared:1 - ext4 /dev/sdx1 rw\n";
     }
     m_file = m_folder.write("mountinfo", table);
     setMountTableFile(m_file.c_str());

@@ -21,6 +21,9 @@ using Paths = std::vector<std::string>;
 [[nodiscard]] Ref<const CFString> text(std::string_view bytes);
 [[nodiscard]] Ref<const CFURL> fileURL(std::string_view path);
 
+/// A name with a number in it.
+[[nodiscard]] std::string numbered(std::string_view before, size_t number, std::string_view after = {});
+
 /// The texts in an array.
 [[nodiscard]] Paths paths(const CFArray& array);
 /// The list of a search, entry by entry.
