@@ -11,6 +11,8 @@
 
 namespace fi {
 
+class PathIndex;
+
 /// The list is in the order of the walk: depth first, entries of a folder in the order of its listing
 /// (by case-folded name), a sub-folder's files at the sub-folder's place. One thread at a time. Nothing is
 /// thrown but by the constructor: without memory a search keeps what it has found, an update keeps the
@@ -77,8 +79,7 @@ private:
     int32_t m_searchDepth = 0;
     Ref<const CFString> m_searchDefaultDir;
 
-    /// Canonical decompositions of the listed paths, so that adding one need not read them all.
-    class PathIndex;
+    /// So that adding a path need not read all of them.
     std::unique_ptr<PathIndex> m_index;
 };
 

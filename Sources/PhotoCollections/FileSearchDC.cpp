@@ -4,30 +4,12 @@
 #include <algorithm>
 #include <cstdint>
 #include <string>
-#include <unordered_set>
 
 #include "PhotoCollections/FolderWalk.h"
+#include "PhotoCollections/PathIndex.h"
 #include "PlatformKit/Base/Boundary.h"
-#include "PlatformKit/Text/Unicode.h"
 
 namespace fi {
-
-class FileSearchDC::PathIndex {
-public:
-    /// Takes in what the list has gained since the last call.
-    void follow(const NSMutableArray& list) {
-        for (; m_followed < list.count(); ++m_followed) {
-            if (const auto* path = list.at<CFString>(m_followed))
-                m_forms.insert(canonicallyDecomposed(path->view()));
-        }
-    }
-
-    [[nodiscard]] bool contains(const std::string& form) const { return m_forms.contains(form); }
-
-private:
-    std::unordered_set<std::string> m_forms;
-    size_t m_followed = 0;
-};
 
 FileSearchDC::FileSearchDC() = default;
 
@@ -64,8 +46,9 @@ bool FileSearchDC::fileUpdate(int32_t depth) {
                 fileSort(fresh.get());
                 if (!fileCompare(fresh.get(), m_filePathArray.get())) return false;
             }
-            m_filePathArray = NSMutableArray::createCopy(*fresh);
+            auto copy = NSMutableArray::createCopy(*fresh);
             m_index.reset();
+            m_filePathArray = std::move(copy);
             return true;
         },
         false);
@@ -104,10 +87,8 @@ void FileSearchDC::addFileFromPath(CFStringRef path) {
     if (path == nullptr) return;
     guarded([&] {
         if (!m_filePathArray) m_filePathArray = NSMutableArray::create();
-        if (!m_index) m_index = std::make_unique<PathIndex>();
-        m_index->follow(*m_filePathArray);
-        if (m_index->contains(canonicallyDecomposed(path->view()))) return;
-        m_filePathArray->append(fi::retain<const NSObject>(path));
+        if (!m_index) m_index = std::make_unique<PathIndex>(*m_filePathArray);
+        m_index->add(path);
     });
 }
 
