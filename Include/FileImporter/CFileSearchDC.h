@@ -40,6 +40,12 @@ public:
     /// Leaves the list as it is; the argument is ignored.
     void Sort(_FILEARRAY* files);
 
+    /// Folders that the last search or update met and could not read: it passed over them.
+    [[nodiscard]] uint32_t unreadableFolderCount() const;
+    /// The path of one of them by its 1-based index through `*out`, OWNED by the caller; false, `*out`
+    /// untouched, beyond.
+    [[nodiscard]] bool copyUnreadableFolder(CFStringRef* out, uint32_t index) const;
+
     [[nodiscard]] uint32_t GetListNum() const;
     [[nodiscard]] uint32_t GetNowListPos() const;
     /// False, cursor unchanged, for 0 and beyond the list's length.

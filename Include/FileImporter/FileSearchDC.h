@@ -71,13 +71,19 @@ public:
     /// The path at a 1-based index, BORROWED from the list; null when there is none.
     [[nodiscard]] CFStringRef getStringAt(uint32_t index) const;
 
+    /// Folders that the last search or update met and could not read: it passed over them.
+    [[nodiscard]] uint32_t unreadableFolderCount() const;
+    /// The path of one of them by its 1-based index, BORROWED until the next search; null beyond.
+    [[nodiscard]] CFStringRef unreadableFolderAt(uint32_t index) const;
+
 private:
     ~FileSearchDC() override;
-    void walk(CFStringRef folder, int32_t currentDepth, NSMutableArray& array) const;
+    void walk(CFStringRef folder, int32_t currentDepth, NSMutableArray& array);
 
     Ref<NSMutableArray> m_filePathArray;
     int32_t m_searchDepth = 0;
     Ref<const CFString> m_searchDefaultDir;
+    Ref<const CFArray> m_unreadable;
 
     /// So that adding a path need not read all of them.
     std::unique_ptr<PathIndex> m_index;

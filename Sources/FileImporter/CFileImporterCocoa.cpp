@@ -43,7 +43,7 @@ void* ReadFileAtURLCocoaWithLimit(CFURLRef url, uint32_t* size, uint8_t limit) {
 }
 
 OSErr GetFileModDateCocoa(CFURLRef url, DateTimeRec* date) {
-    return modificationDate(pathOf(url), date);
+    return guarded([&] { return modificationDate(pathOf(url), date); }, kNotFoundErr);
 }
 
 Rect GetFileBoundsAtURLCocoa(CFURLRef url) {

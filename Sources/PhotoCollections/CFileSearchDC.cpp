@@ -112,6 +112,17 @@ void CFileSearchDC::Sort(_FILEARRAY* /*files*/) {
     m_search->fileSort(nullptr);
 }
 
+uint32_t CFileSearchDC::unreadableFolderCount() const {
+    return m_search->unreadableFolderCount();
+}
+
+bool CFileSearchDC::copyUnreadableFolder(CFStringRef* out, uint32_t index) const {
+    const CFStringRef path = m_search->unreadableFolderAt(index);
+    if (path == nullptr) return false;
+    *out = CFRetain(path);
+    return true;
+}
+
 uint32_t CFileSearchDC::GetListNum() const {
     return m_search->getFileNum();
 }

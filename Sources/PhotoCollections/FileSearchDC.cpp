@@ -59,11 +59,24 @@ void FileSearchDC::searchFiles(CFStringRef folder, int32_t currentDepth, NSMutab
     guarded([&] { walk(folder, currentDepth, *array); });
 }
 
-void FileSearchDC::walk(CFStringRef folder, int32_t currentDepth, NSMutableArray& array) const {
+void FileSearchDC::walk(CFStringRef folder, int32_t currentDepth, NSMutableArray& array) {
+    m_unreadable = nullptr;
     if (folder == nullptr || m_searchDepth <= currentDepth) return;
     const int64_t levels = int64_t{m_searchDepth} - currentDepth;
-    FolderWalk(array).walk(std::string(folder->view()),
-                           static_cast<int32_t>(std::min<int64_t>(levels, INT32_MAX)));
+    FolderWalk walk(array);
+    walk.walk(std::string(folder->view()), static_cast<int32_t>(std::min<int64_t>(levels, INT32_MAX)));
+    CFArray::Elements unreadable;
+    for (const std::string& path : walk.unreadable())
+        unreadable.push_back(CFString::create(path));
+    m_unreadable = CFArray::create(std::move(unreadable));
+}
+
+uint32_t FileSearchDC::unreadableFolderCount() const {
+    return m_unreadable ? static_cast<uint32_t>(m_unreadable->count()) : 0;
+}
+
+CFStringRef FileSearchDC::unreadableFolderAt(uint32_t index) const {
+    return m_unreadable && index > 0 ? m_unreadable->at<CFString>(index - 1) : nullptr;
 }
 
 bool FileSearchDC::CheckExclusionFolders(CFStringRef name) const {

@@ -81,16 +81,21 @@ void FolderWalk::walk(const std::string& folder, int32_t levels) {
 void FolderWalk::walkResolved(const std::string& path, int32_t levels) {
     if (levels <= 0) return;
     Folder& folder = m_folders[path];
-    if (folder.finishedLevels >= levels) return;
-    if (folder.listing != nullptr) {
-        walkEntries(path, folder, levels);
-        return;
-    }
-    const auto listing = DirectoryListing::read(path.c_str());
-    if (!listing) return;
-    folder.listing = &*listing;
+    if (folder.finishedLevels >= levels || !readOnce(path, folder)) return;
+    ++folder.walksUnderWay;
     walkEntries(path, folder, levels);
-    folder.listing = nullptr;
+    --folder.walksUnderWay;
+    if (folder.walksUnderWay == 0 && !m_keepsKnown) folder.listing.reset();
+}
+
+bool FolderWalk::readOnce(const std::string& path, Folder& folder) {
+    if (folder.listing) return true;
+    if (folder.isUnreadable) return false;
+    folder.listing = DirectoryListing::read(path.c_str());
+    if (folder.listing) return true;
+    folder.isUnreadable = true;
+    m_unreadable.push_back(path);
+    return false;
 }
 
 void FolderWalk::walkEntries(const std::string& path, Folder& folder, int32_t levels) {
@@ -115,12 +120,24 @@ FolderWalk::Then FolderWalk::visit(const std::string& folder, const DirectoryEnt
         case EntryKind::Unknown:
             break;
     }
-    if (!m_keepsKnown) rememberFound();
-    const auto resolved = resolvedItem(full);
-    if (!resolved) return Then::GoOn;
-    if (!isFolderAt(*resolved)) return visitFile(*resolved, onFAT);
-    visitFolder(entry.view(), *resolved, levels);
+    const Target& target = targetOf(full);
+    if (target.path.empty()) return Then::GoOn;
+    if (!target.isFolder) return visitFile(target.path, target.onFAT);
+    visitFolder(entry.view(), target.path, levels);
     return Then::GoOn;
+}
+
+const FolderWalk::Target& FolderWalk::targetOf(const std::string& link) {
+    if (!m_keepsKnown) rememberFound();
+    const auto [entry, added] = m_targets.try_emplace(link);
+    Target& target = entry->second;
+    if (added) {
+        target.path = resolvedItem(link).value_or("");
+        target.isFolder = isFolderAt(target.path);
+        target.onFAT = !target.path.empty() && !target.isFolder &&
+                       isOnFAT(std::string(withoutLastPathComponent(target.path)).c_str());
+    }
+    return target;
 }
 
 void FolderWalk::visitFolder(std::string_view name, const std::string& resolved, int32_t levels) {

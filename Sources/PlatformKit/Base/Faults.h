@@ -9,6 +9,7 @@
 namespace fi {
 
 enum class Fault : uint8_t {
+    Listing,          ///< reading a folder breaks off; detail: the name of the entry that would follow
     FileReference,    ///< no reference can be made to a file; detail: its path
     ShortRead,        ///< a limited read brings half of the bytes; detail: the path
     WholeRead,        ///< reading a whole file fails; detail: the path

@@ -2,20 +2,19 @@
 #include "PlatformKit/Files/DirectoryListing.h"
 
 #include <dirent.h>
-#include <sys/vfs.h>
+#include <errno.h>
 
 #include <algorithm>
 #include <cstring>
 #include <memory>
 
+#include "PlatformKit/Base/Faults.h"
+#include "PlatformKit/Files/Visibility.h"
 #include "PlatformKit/Text/Unicode.h"
 
 namespace fi {
 
 namespace {
-
-constexpr long kFATMagic = 0x4d44;
-constexpr long kExFATMagic = 0x2011BAB0;
 
 EntryKind kindOf(unsigned char type) {
     switch (type) {
@@ -91,24 +90,31 @@ void sortEntries(std::vector<DirectoryEntry>& entries) {
     entries.swap(sorted);
 }
 
+/// The next entry; null at the end, and with errno set when reading broke off.
+const dirent* nextEntry(DIR* folder) {
+    errno = 0;
+    const dirent* entry = readdir(folder);
+    if (entry == nullptr || !faultHappens(Fault::Listing, entry->d_name)) return entry;
+    errno = EIO;
+    return nullptr;
+}
+
 }  // namespace
 
 std::optional<DirectoryListing> DirectoryListing::read(const char* path) {
     const std::unique_ptr<DIR, int (*)(DIR*)> folder(opendir(path), &closedir);
     if (!folder) return std::nullopt;
     DirectoryListing listing;
-    struct statfs system {};
-    if (fstatfs(dirfd(folder.get()), &system) == 0) {
-        listing.m_onFAT = system.f_type == kFATMagic || system.f_type == kExFATMagic;
-    }
+    listing.m_onFAT = isOnFAT(path);
     std::vector<size_t> offsets;
-    while (const dirent* entry = readdir(folder.get())) {
+    while (const dirent* entry = nextEntry(folder.get())) {
         if (isDotOrDotDot(entry->d_name)) continue;
         const size_t length = std::strlen(entry->d_name);
         offsets.push_back(listing.m_names.size());
         listing.m_names.insert(listing.m_names.end(), entry->d_name, entry->d_name + length + 1);
         listing.m_entries.push_back({nullptr, static_cast<uint32_t>(length), kindOf(entry->d_type)});
     }
+    if (errno != 0) return std::nullopt;  // a part of a folder is not a folder
     for (size_t i = 0; i < offsets.size(); ++i)
         listing.m_entries[i].name = listing.m_names.data() + offsets[i];
     sortEntries(listing.m_entries);

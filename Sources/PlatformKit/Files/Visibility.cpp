@@ -6,6 +6,7 @@
 #include <linux/msdos_fs.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
+#include <sys/vfs.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 
@@ -63,13 +64,28 @@ Visibility visibilityByFinderInfo(const char* path) {
     return Visibility::Visible;
 }
 
+constexpr long kFATMagic = 0x4d44;
+constexpr long kExFATMagic = 0x2011BAB0;
+
+const FATAccess kSystemFAT = {
+    [](const char* folder) {
+        struct statfs system {};
+        return statfs(folder, &system) == 0 && (system.f_type == kFATMagic || system.f_type == kExFATMagic);
+    },
+    [](const char* file) {
+        uint32_t attributes = 0;
+        const int descriptor = open(file, O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+        if (descriptor < 0) return attributes;
+        if (ioctl(descriptor, FAT_IOCTL_GET_ATTRIBUTES, &attributes) != 0) attributes = 0;
+        close(descriptor);
+        return attributes;
+    },
+};
+
+constinit const FATAccess* s_fat = &kSystemFAT;
+
 bool isHiddenOnFAT(const char* path) {
-    const int descriptor = open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-    if (descriptor < 0) return false;
-    uint32_t attributes = 0;
-    const bool known = ioctl(descriptor, FAT_IOCTL_GET_ATTRIBUTES, &attributes) == 0;
-    close(descriptor);
-    return known && (attributes & ATTR_HIDDEN) != 0;
+    return (s_fat->attributes(path) & ATTR_HIDDEN) != 0;
 }
 
 bool isAppleDouble(const char* path) {
@@ -94,6 +110,14 @@ bool isTrashFolder(std::string_view name, const std::string& path) {
 }
 
 }  // namespace
+
+bool isOnFAT(const char* folder) {
+    return s_fat->isFAT(folder);
+}
+
+void setFATAccess(const FATAccess* access) {
+    s_fat = access != nullptr ? access : &kSystemFAT;
+}
 
 Visibility visibilityOfFile(const std::string& path, bool onFAT) {
     const Visibility visibility = visibilityByFinderInfo(path.c_str());

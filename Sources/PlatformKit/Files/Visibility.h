@@ -26,4 +26,19 @@ enum class Visibility : uint8_t {
 /// folder (".Trash-<user>" with "files" and "info").
 [[nodiscard]] bool isPackageFolder(const std::string& path);
 
+/// How FAT and exFAT are asked, where files carry a hidden attribute.
+struct FATAccess {
+    /// True for a folder on such a file system.
+    bool (*isFAT)(const char* folder);
+    /// The attribute bits of a file; 0 when they cannot be read.
+    uint32_t (*attributes)(const char* file);
+};
+
+/// True for a folder whose files have to be asked for the attribute. One statfs.
+[[nodiscard]] bool isOnFAT(const char* folder);
+
+/// Puts another access in the place of the system's, for machines that mount no such file system; null
+/// brings the system's back. Not while folders are walked.
+void setFATAccess(const FATAccess* access);
+
 }  // namespace fi
