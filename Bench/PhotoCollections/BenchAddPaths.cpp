@@ -39,9 +39,9 @@ int main(int argc, char** argv) {
     const auto many = somePaths(tiny ? 320 : 32'000);
     size_t ours = 0;
     size_t reference = 0;
-    printRow({"adding 32,000 / 8,000", kBound, tiny ? 1 : 21, [&] { ours = add(many); },
-              [&] { reference = add(few); }});
-    if (ours == many.size() && reference == few.size()) return 0;
+    const bool kept = printRow({"adding 32,000 / 8,000", kBound, tiny ? 1 : 21, [&] { ours = add(many); },
+                                [&] { reference = add(few); }});
+    if (ours == many.size() && reference == few.size()) return kept || tiny ? 0 : 1;
     std::fprintf(stderr, "added %zu of %zu and %zu of %zu\n", ours, many.size(), reference, few.size());
     return 1;
 }

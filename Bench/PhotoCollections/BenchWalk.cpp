@@ -45,10 +45,11 @@ int main(int argc, char** argv) {
 
     size_t ours = 0;
     size_t reference = 0;
-    printRow({"walk of 10,000 files", kBound, tiny ? 1 : 41, [&] { ours = countPhotos(card.path()); },
-              [&] { reference = countPhotosBarely(card.path().c_str()); }});
+    const bool kept =
+        printRow({"walk of 10,000 files", kBound, tiny ? 1 : 41, [&] { ours = countPhotos(card.path()); },
+                  [&] { reference = countPhotosBarely(card.path().c_str()); }});
     const auto expected = static_cast<size_t>(folders) * kFilesOfAFolder;
-    if (ours == expected && reference == expected) return 0;
+    if (ours == expected && reference == expected) return kept || tiny ? 0 : 1;
     std::fprintf(stderr, "%zu photos, found %zu, barely %zu\n", expected, ours, reference);
     return 1;
 }

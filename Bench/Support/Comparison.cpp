@@ -45,7 +45,7 @@ Size sizeFromArguments(int argc, char** argv) {
     return argc > 1 && std::strcmp(argv[1], "--tiny") == 0 ? Size::Tiny : Size::Full;
 }
 
-void printRow(const Comparison& comparison) {
+bool printRow(const Comparison& comparison) {
     comparison.ours();
     comparison.reference();
     std::vector<double> ours;
@@ -59,11 +59,13 @@ void printRow(const Comparison& comparison) {
     std::printf("%-28.*s  %6.2f  %9.3f  %9.3f  %6.2f\n", static_cast<int>(comparison.name.size()),
                 comparison.name.data(), oursMedian / referenceMedian, oursMedian, referenceMedian,
                 comparison.bound);
+    return oursMedian <= referenceMedian * comparison.bound;
 }
 
-void printMemoryRow(std::string_view name, double megabytes, double bound) {
+bool printMemoryRow(std::string_view name, double megabytes, double bound) {
     std::printf("%-28.*s  %6s  %6.0f MB  %9s  %3.0f MB\n", static_cast<int>(name.size()), name.data(), "",
                 megabytes, "", bound);
+    return megabytes <= bound;
 }
 
 }  // namespace fi::bench

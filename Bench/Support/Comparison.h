@@ -25,10 +25,10 @@ struct Comparison {
 };
 
 /// Runs the comparison and prints its row: name, ratio, ours, reference (milliseconds of processor time),
-/// bound. Each side runs once before, unmeasured.
-void printRow(const Comparison& comparison);
+/// bound. Each side runs once before, unmeasured. Returns whether the bound was kept.
+bool printRow(const Comparison& comparison);
 
-/// Prints a row for the most memory that a program took.
-void printMemoryRow(std::string_view name, double megabytes, double bound);
+/// Prints a row for the most memory that a program took. Returns whether the bound was kept.
+bool printMemoryRow(std::string_view name, double megabytes, double bound);
 
 }  // namespace fi::bench

@@ -79,12 +79,12 @@ int main(int argc, char** argv) {
 
     double megabytes = 0;
     const std::string name = "sheet of " + std::to_string(work.photos) + " photos";
-    printRow({name, kProcessorBound, tiny ? 1 : kRounds,
-              [&] { megabytes = std::max(megabytes, makeSheet(folder.path())); },
-              [&] {
-                  for (uint32_t i = 0; i < work.photos; ++i)
-                      decodePeerJpeg(photos[i % photos.size()], kShorterSideOnSheet);
-              }});
-    printMemoryRow(name + ", memory", megabytes, kMemoryBound);
-    return 0;
+    const bool fast = printRow({name, kProcessorBound, tiny ? 1 : kRounds,
+                                [&] { megabytes = std::max(megabytes, makeSheet(folder.path())); },
+                                [&] {
+                                    for (uint32_t i = 0; i < work.photos; ++i)
+                                        decodePeerJpeg(photos[i % photos.size()], kShorterSideOnSheet);
+                                }});
+    const bool small = printMemoryRow(name + ", memory", megabytes, kMemoryBound);
+    return (fast && small) || tiny ? 0 : 1;
 }

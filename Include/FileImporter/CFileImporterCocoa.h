@@ -57,7 +57,7 @@ FI_EXPORT OSErr imageDepthAtPathCocoa(CFURLRef url, int32_t* depth);
 
 /// Makes `name` (and in it `subName`, which may be null) in the temporary folder, length-prefixed UTF-8;
 /// what is there stays. `*folder` receives an OWNED URL. 0; -43 without a temporary folder or for a name
-/// that is not UTF-8; -120 when a folder cannot be made.
+/// that is null, not UTF-8 or holds a component ".."; -120 when a folder cannot be made.
 FI_EXPORT OSErr GetTempFolderURLCocoa(CFURLRef* folder, const unsigned char* name,
                                       const unsigned char* subName);
 
@@ -97,7 +97,7 @@ FI_EXPORT void* GetProcessHeap();
 /// OWNED (HeapFree): a block of `size` bytes with undefined contents, whatever the flags ask; never null
 /// for size 0. Null without memory. `heap` and `flags` are ignored here and below.
 FI_EXPORT void* HeapAlloc(void* heap, uint32_t flags, uint32_t size);
-/// The block with another size, contents kept; null, the block untouched, without memory.
+/// OWNED: the block with another size, contents kept; null, the block untouched, without memory.
 FI_EXPORT void* HeapReAlloc(void* heap, uint32_t flags, void* block, uint32_t size);
 /// Gives a block back (null is allowed); always true.
 FI_EXPORT bool HeapFree(void* heap, uint32_t flags, void* block);

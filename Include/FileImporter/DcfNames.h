@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The rules for names of folders and files on camera cards (DCF), and an order of such names. Paths are
-// colon-separated from the card's root ("DCIM:100ABCDE:IMG_0001.JPG"); names are length-prefixed.
+// colon-separated from the card's root ("DCIM:100ABCDE:IMG_0001.JPG"); names are length-prefixed. Any
+// thread. No argument but a URL may be null.
 #pragma once
 
 #include <cstdint>

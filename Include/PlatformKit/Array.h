@@ -22,7 +22,7 @@ public:
     [[nodiscard]] const NSObject* at(size_t index) const noexcept {
         return index < m_elements.size() ? m_elements[index].get() : nullptr;
     }
-    /// The element as a type; null when it is of another type or beyond the end.
+    /// The element as a type, BORROWED; null when it is of another type or beyond the end.
     template <typename T>
     [[nodiscard]] const T* at(size_t index) const noexcept {
         return dynamic_cast<const T*>(at(index));

@@ -16,10 +16,23 @@ namespace fi {
 
 namespace {
 
+/// True for a name with a component "..": the folder would lie outside of the private one.
+bool leadsUp(std::string_view name) {
+    while (!name.empty()) {
+        if (lastPathComponent(name) == "..") return true;
+        const std::string_view rest = withoutLastPathComponent(name);
+        if (rest.size() >= name.size()) break;
+        name = rest;
+    }
+    return false;
+}
+
 /// Creates one more level of a temporary folder.
 OSErr enterFolder(std::string& path, const unsigned char* name) {
+    if (name == nullptr) return kNotFoundErr;
     const std::string_view text = pascalView(name);
-    if (!isValidUTF8(text) || text.find('\0') != std::string_view::npos) return kNotFoundErr;
+    if (!isValidUTF8(text) || text.find('\0') != std::string_view::npos || leadsUp(text))
+        return kNotFoundErr;
     if (!text.empty()) path = joinedPath(path, text);
     return makeFolder(path, Parents::Create) ? kNoErr : kFolderErr;
 }

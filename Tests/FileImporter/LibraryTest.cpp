@@ -15,6 +15,7 @@
 #include <map>
 #include <memory>
 #include <random>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -431,8 +432,15 @@ TEST(LibraryTest, NothingIsThrownWhereverMemoryRunsOut) {
 
 TEST(LibraryTest, SourcesHaveAFolderForEachSubsystem) {
     const fs::path sources = fs::path(FI_SOURCES);
-    for (const char* item : {"FileImporter/CFileImporterCocoa.cpp", "Foundation", "PhotoCollections"})
-        EXPECT_TRUE(fs::exists(sources / item)) << item;
+    std::set<std::string> folders;
+    for (const auto& entry : fs::directory_iterator(sources)) {
+        if (entry.is_directory()) folders.insert(entry.path().filename().string());
+    }
+    EXPECT_EQ(folders,
+              (std::set<std::string>{"FileImporter", "Foundation", "PhotoCollections", "PlatformKit"}));
+    EXPECT_TRUE(fs::exists(sources / "FileImporter/CFileImporterCocoa.cpp"));
+    for (const char* face : {"FileServices.h", "FileTypes.h", "HeadRead.h", "DateText.h"})
+        EXPECT_TRUE(fs::exists(sources / "Foundation" / face)) << face;
 }
 
 }  // namespace fi::test

@@ -108,6 +108,18 @@ TEST_F(TemporaryItemsTest, NamesThatAreNoTextAreNotFound) {
     expectRefused(make("Photos", "caf\xe9"), -43);
 }
 
+TEST_F(TemporaryItemsTest, NamesThatLeadOutOfTheFolderAreNotFound) {
+    for (const char* name : {"..", "../outside", "a/../../outside", "a/..", "../"}) {
+        expectRefused(make(name), -43);
+        expectRefused(make("Photos", name), -43);
+    }
+    EXPECT_FALSE(fs::exists(temporary() + "/../outside"));
+    EXPECT_EQ(make("..hidden").code, 0);
+    CFURLRef url = nullptr;
+    EXPECT_EQ(GetTempFolderURLCocoa(&url, nullptr, nullptr), -43);
+    EXPECT_EQ(url, nullptr);
+}
+
 TEST_F(TemporaryItemsTest, AFileInTheWayRefusesTheFolder) {
     writeFile(temporary() + "/Photos");
     expectRefused(make("Photos"), -120);

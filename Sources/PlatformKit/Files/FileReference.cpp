@@ -6,6 +6,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "PlatformKit/Base/Boundary.h"
 #include "PlatformKit/Base/Faults.h"
 #include "PlatformKit/Files/FileSystem.h"
 
@@ -25,29 +26,38 @@ ReferenceTable& table() {
     return instance;
 }
 
+uint64_t idOf(std::string resolved) {
+    ReferenceTable& references = table();
+    const std::lock_guard lock(references.mutex);
+    const auto known = references.ids.find(resolved);
+    if (known != references.ids.end()) return known->second;
+    // The path first: without memory for its id it only stands there unused.
+    references.paths.push_back(resolved);
+    return references.ids.emplace(std::move(resolved), references.paths.size()).first->second;
+}
+
 }  // namespace
 
 bool makeFileReference(const char* path, FSRef* out) {
     if (path == nullptr || out == nullptr || faultHappens(Fault::FileReference, path)) return false;
-    if (!itemExists(path)) return false;
-    std::string resolved = resolvingLinks(path);
-    ReferenceTable& references = table();
-    const std::lock_guard lock(references.mutex);
-    auto entry = references.ids.find(resolved);
-    if (entry == references.ids.end()) {
-        // The path first: without memory for its id it only stands there unused.
-        references.paths.push_back(resolved);
-        entry = references.ids.emplace(std::move(resolved), references.paths.size()).first;
-    }
-    *out = FSRef{entry->second, {}};
-    return true;
+    return guarded(
+        [&] {
+            if (!itemExists(path)) return false;
+            *out = FSRef{idOf(resolvingLinks(path)), {}};
+            return true;
+        },
+        false);
 }
 
 Ref<const CFURL> urlOfFileReference(const FSRef& reference) {
-    ReferenceTable& references = table();
-    const std::lock_guard lock(references.mutex);
-    if (reference.id == 0 || reference.id > references.paths.size()) return nullptr;
-    return CFURL::createFromPath(references.paths[reference.id - 1]);
+    return guarded(
+        [&]() -> Ref<const CFURL> {
+            ReferenceTable& references = table();
+            const std::lock_guard lock(references.mutex);
+            if (reference.id == 0 || reference.id > references.paths.size()) return nullptr;
+            return CFURL::createFromPath(references.paths[reference.id - 1]);
+        },
+        Ref<const CFURL>());
 }
 
 }  // namespace fi

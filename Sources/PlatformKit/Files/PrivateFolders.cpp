@@ -11,6 +11,7 @@
 #include <mutex>
 #include <string>
 
+#include "PlatformKit/Base/Boundary.h"
 #include "PlatformKit/Base/Faults.h"
 #include "PlatformKit/Files/FileSystem.h"
 #include "PlatformKit/Files/ProgramName.h"
@@ -112,35 +113,52 @@ std::string makeCacheFolder(Folders& all) {
     return makeFolder(path, Parents::MustExist) ? path : "";
 }
 
+std::string cacheFolder(Folders& all) {
+    if (all.cache.empty()) {
+        all.cache = makeCacheFolder(all);
+    } else if (!itemExists(all.cache.c_str())) {
+        (void)mkdir(all.cache.c_str(), S_IRWXU);  // somebody cleaned up
+    }
+    return all.cache;
+}
+
+/// Notes a folder that the program chooses, as long as none is in use.
+bool choose(std::string_view path, std::string Folders::*inUse, std::string Folders::*chosen) {
+    Folders& all = folders();
+    const std::lock_guard lock(all.mutex);
+    if (!(all.*inUse).empty() || path.empty()) return false;
+    all.*chosen = path;
+    return true;
+}
+
 }  // namespace
 
 bool setTemporaryFolder(std::string_view path) {
-    Folders& all = folders();
-    const std::lock_guard lock(all.mutex);
-    if (!all.temporary.empty() || path.empty()) return false;
-    all.chosenTemporary = path;
-    return true;
+    return guarded([&] { return choose(path, &Folders::temporary, &Folders::chosenTemporary); }, false);
 }
 
 bool setCacheFolder(std::string_view path) {
-    Folders& all = folders();
-    const std::lock_guard lock(all.mutex);
-    if (!all.cache.empty() || path.empty()) return false;
-    all.chosenCache = path;
-    return true;
+    return guarded([&] { return choose(path, &Folders::cache, &Folders::chosenCache); }, false);
 }
 
 Ref<const CFURL> copyTemporaryFolder() {
-    Folders& all = folders();
-    const std::lock_guard lock(all.mutex);
-    return CFURL::createFromPath(temporaryFolder(all));
+    return guarded(
+        [] {
+            Folders& all = folders();
+            const std::lock_guard lock(all.mutex);
+            return CFURL::createFromPath(temporaryFolder(all));
+        },
+        Ref<const CFURL>());
 }
 
 Ref<const CFURL> copyCacheFolder() {
-    Folders& all = folders();
-    const std::lock_guard lock(all.mutex);
-    if (all.cache.empty()) all.cache = makeCacheFolder(all);
-    return CFURL::createFromPath(all.cache);
+    return guarded(
+        [] {
+            Folders& all = folders();
+            const std::lock_guard lock(all.mutex);
+            return CFURL::createFromPath(cacheFolder(all));
+        },
+        Ref<const CFURL>());
 }
 
 }  // namespace fi

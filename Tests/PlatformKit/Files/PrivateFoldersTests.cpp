@@ -107,6 +107,16 @@ TEST_F(PrivateFolders, TemporaryFolderThatVanishedIsMadeAnew) {
     EXPECT_TRUE(fs::is_empty(at("tmp")));
 }
 
+TEST_F(PrivateFolders, CacheFolderThatVanishedIsMadeAgainInItsPlace) {
+    EXPECT_EQ(inProcess([] {
+                  const std::string first = text(copyCacheFolder());
+                  fs::remove_all(first);
+                  const std::string second = text(copyCacheFolder());
+                  return std::string(first == second && fs::is_directory(second) ? "again" : "gone");
+              }),
+              "again");
+}
+
 TEST_F(PrivateFolders, ChosenTemporaryFolderIsUsedAndNeverRemoved) {
     EXPECT_EQ(inProcess([&] {
                   const bool accepted = setTemporaryFolder(at("mine/deep"));
