@@ -90,6 +90,12 @@ TEST(SheetLayout, ChoosesColumnsForAPageOfFourByThree) {
     EXPECT_EQ(SheetLayout::forPhotos(1, 0)->columns(), 1U);
 }
 
+TEST(SheetLayout, AvoidsALastRowThatIsNearlyEmpty) {
+    EXPECT_EQ(SheetLayout::forPhotos(2, 0)->columns(), 2U);
+    EXPECT_EQ(SheetLayout::forPhotos(12, 0)->columns(), 4U);
+    EXPECT_EQ(SheetLayout::forPhotos(15, 0)->columns(), 5U);
+}
+
 TEST(SheetLayout, TakesTheColumnsThatAreAskedFor) {
     EXPECT_EQ(SheetLayout::forPhotos(312, 5)->columns(), 5U);
     EXPECT_EQ(SheetLayout::forPhotos(3, 7)->columns(), 7U);

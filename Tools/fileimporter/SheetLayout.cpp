@@ -20,7 +20,7 @@ uint32_t rowsFor(size_t photos, uint32_t columns) {
 }  // namespace
 
 SheetLayout::SheetLayout(size_t photos, uint32_t columns, uint32_t side)
-    : m_columns(columns), m_rows(rowsFor(photos, columns)), m_side(side) {}
+    : m_photos(photos), m_columns(columns), m_rows(rowsFor(photos, columns)), m_side(side) {}
 
 uint32_t SheetLayout::gap() const {
     return std::max(m_side / 8, 4U);
@@ -45,7 +45,11 @@ uint64_t SheetLayout::height() const {
 }
 
 double SheetLayout::misshape() const {
-    return std::abs(std::log(static_cast<double>(width()) / static_cast<double>(height()) / kBestShape));
+    constexpr double kEmptyWeight = 1;  // a last row that is nearly empty looks like a mistake
+    const double shape = static_cast<double>(width()) / static_cast<double>(height());
+    const double cells = static_cast<double>(m_columns) * m_rows;
+    const double empty = (cells - static_cast<double>(m_photos)) / cells;
+    return std::abs(std::log(shape / kBestShape)) + kEmptyWeight * empty;
 }
 
 SheetLayout SheetLayout::shapedLikeAPage(size_t photos, uint32_t side) {

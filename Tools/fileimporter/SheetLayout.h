@@ -60,6 +60,7 @@ private:
     /// How far the page is from its best shape; 0 is best.
     [[nodiscard]] double misshape() const;
 
+    size_t m_photos;
     uint32_t m_columns;
     uint32_t m_rows;
     uint32_t m_side;
