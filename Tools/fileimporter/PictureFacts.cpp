@@ -12,12 +12,14 @@ namespace fi {
 namespace {
 
 std::optional<int64_t> numberOf(const CFDictionary& properties, CFStringRef key) {
-    const auto* number = properties.value<CFNumber>(key);
+    const auto value = properties.copyValue(key->view());
+    const auto* number = dynamic_cast<const CFNumber*>(value.get());
     return number != nullptr ? std::optional(number->int64Value()) : std::nullopt;
 }
 
 std::optional<DateTimeRec> dateOf(const CFDictionary& exif, CFStringRef key) {
-    const auto* text = exif.value<CFString>(key);
+    const auto value = exif.copyValue(key->view());
+    const auto* text = dynamic_cast<const CFString*>(value.get());
     DateTimeRec date{};
     if (text == nullptr || !CheckDateForCocoa(text->c_str(), &date)) return std::nullopt;
     return date;
@@ -59,7 +61,8 @@ OSErr codeOf(ImageError error) {
 }  // namespace
 
 std::optional<DateTimeRec> dateTaken(const CFDictionary& properties) {
-    const auto* exif = properties.value<CFDictionary>(kCGImagePropertyExifDictionary);
+    const auto value = properties.copyValue(kCGImagePropertyExifDictionary->view());
+    const auto* exif = dynamic_cast<const CFDictionary*>(value.get());
     if (exif == nullptr) return std::nullopt;
     const auto original = dateOf(*exif, kCGImagePropertyExifDateTimeOriginal);
     return original ? original : dateOf(*exif, kCGImagePropertyExifDateTimeDigitized);
@@ -70,7 +73,7 @@ void addPictureFacts(PhotoFacts& facts, const CFDictionary& properties) {
     facts.orientation = numberOf(properties, kCGImagePropertyOrientation);
     facts.width = numberOf(properties, kCGImagePropertyPixelWidth);
     facts.height = numberOf(properties, kCGImagePropertyPixelHeight);
-    facts.exif = properties.value(kCGImagePropertyExifDictionary) != nullptr;
+    facts.exif = static_cast<bool>(properties.copyValue(kCGImagePropertyExifDictionary->view()));
 }
 
 PhotoError photoError(const ImageFailure& failure) {
