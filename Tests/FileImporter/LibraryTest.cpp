@@ -27,7 +27,10 @@
 #include "Foundation/SaveExtension.h"
 #include "Foundation/TestText.h"
 #include "PlatformKit/Base/ImplicitPool.h"
+#include "PlatformKit/FileReference.h"
 #include "PlatformKit/ImageSource.h"
+#include "PlatformKit/PrivateFolders.h"
+#include "PlatformKit/PropertyList.h"
 #include "Support/MakePictures.h"
 #include "Support/TemporaryFolder.h"
 
@@ -203,6 +206,10 @@ std::vector<Operation> operationsOn(const TemporaryFolder& folder) {
     const auto url = urlAt(path);
     const auto free = urlAt(folder.at("a place for a copy that nothing stands at.jpg"));
     const auto name = pascal("a folder for temporary items of this test");
+    const auto list = urlAt(folder.write(
+        "list.plist",
+        "<plist><array><dict><key>a key that is longer than a short string</key><array><string>a text that "
+        "is longer than a short string</string><data>QUJD</data></array></dict></array></plist>"));
     return {
         {"GetNameAtURLCocoa", [=] { CFRelease(GetNameAtURLCocoa(url.get(), 1)); }},
         {"CopyFileCocoa", [=] { (void)CopyFileCocoa(free.get(), url.get()); }},
@@ -232,6 +239,15 @@ std::vector<Operation> operationsOn(const TemporaryFolder& folder) {
              FSRef reference;
              (void)PathToFSRefCocoa(path.c_str(), &reference);
          }},
+        {"urlOfFileReference",
+         [=] {
+             FSRef reference{};
+             (void)makeFileReference(path.c_str(), &reference);
+             (void)urlOfFileReference(reference);
+         }},
+        {"copyTemporaryFolder", [=] { (void)copyTemporaryFolder(); }},
+        {"copyCacheFolder", [=] { (void)copyCacheFolder(); }},
+        {"readPropertyList", [=] { (void)readPropertyList(list.get()); }},
         {"CMF_GetFileTime",
          [=] {
              DateTimeRec date;
@@ -427,6 +443,26 @@ TEST(LibraryTest, NothingIsThrownWhereverMemoryRunsOut) {
             EXPECT_NE(outcome, MemoryOutcome::Thrown) << operation.name << " after " << successes;
         }
         EXPECT_EQ(outcome, MemoryOutcome::Sufficient) << operation.name;
+    }
+}
+
+TEST(LibraryTest, ReferencesMadeWhereMemoryRanOutStandForOneFileEach) {
+    const TemporaryFolder folder;
+    for (int successes = 0; successes < 40; ++successes) {
+        const std::string first = folder.write("a rather long name " + std::to_string(successes), "x");
+        const std::string second = folder.write("another long name " + std::to_string(successes), "x");
+        FSRef reference{};
+        {
+            const FailingAllocations scarce(successes);
+            (void)makeFileReference(first.c_str(), &reference);
+        }
+        FSRef a{};
+        FSRef b{};
+        ASSERT_TRUE(makeFileReference(second.c_str(), &b));
+        ASSERT_TRUE(makeFileReference(first.c_str(), &a));
+        EXPECT_NE(a.id, b.id) << successes;
+        EXPECT_EQ(urlOfFileReference(a)->path()->view(), first);
+        EXPECT_EQ(urlOfFileReference(b)->path()->view(), second);
     }
 }
 

@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "PlatformKit/Array.h"
+#include "PlatformKit/Base/Boundary.h"
 #include "PlatformKit/Dictionary.h"
 #include "PlatformKit/Files/FileSystem.h"
 #include "PlatformKit/Files/PropertyListDepth.h"
@@ -102,9 +103,7 @@ Ref<const NSObject> objectOf(plist_t node) {
     }
 }
 
-}  // namespace
-
-Ref<const NSObject> readPropertyList(CFURLRef file) {
+Ref<const NSObject> read(CFURLRef file) {
     if (file == nullptr || file->path() == nullptr) return nullptr;
     const auto facts = fileFacts(file->path()->c_str(), Links::Follow);
     if (!facts || !facts->isRegular || facts->size > kMostBytes) return nullptr;
@@ -118,6 +117,12 @@ Ref<const NSObject> readPropertyList(CFURLRef file) {
     plist_from_xml(xml.data(), static_cast<uint32_t>(xml.size()), &root);
     const std::unique_ptr<void, void (*)(plist_t)> owned(root, &plist_free);
     return root == nullptr ? nullptr : objectOf(root);
+}
+
+}  // namespace
+
+Ref<const NSObject> readPropertyList(CFURLRef file) {
+    return guarded([&] { return read(file); }, Ref<const NSObject>());
 }
 
 }  // namespace fi
