@@ -12,7 +12,8 @@ namespace fi {
 
 /// An object with an intrusive reference count. A new object belongs to whoever made it (count 1);
 /// the last release destroys it. Making an object, or adding to a list, throws std::bad_alloc without
-/// memory, as `new` does; every other operation of the library answers that with its own failure. Counts are atomic, so immutable objects may be shared by threads.
+/// memory, as `new` does; every other operation of the library answers that with its own failure. Counts
+/// are atomic, so immutable objects may be shared by threads.
 class FI_EXPORT NSObject {
 public:
     NSObject(const NSObject&) = delete;
