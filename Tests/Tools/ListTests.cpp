@@ -33,6 +33,20 @@ std::vector<std::string> listedPaths(const ToolResult& result, const TemporaryFo
 
 using Paths = std::vector<std::string>;
 
+/// A folder that only the superuser can list, as long as this lasts.
+class ClosedFolder {
+public:
+    explicit ClosedFolder(std::string path) : m_path(std::move(path)) {
+        EXPECT_EQ(chmod(m_path.c_str(), 0), 0);
+    }
+    ~ClosedFolder() { chmod(m_path.c_str(), 0755); }
+    ClosedFolder(const ClosedFolder&) = delete;
+    ClosedFolder& operator=(const ClosedFolder&) = delete;
+
+private:
+    std::string m_path;
+};
+
 class List : public testing::Test {
 protected:
     ToolResult list(std::vector<std::string> arguments) const {
@@ -192,6 +206,51 @@ TEST_F(List, APhotoThatMayNotBeReadIsListedAndNamed) {
     EXPECT_EQ(listed(result).at(1).at("error").at("code"), -108);
 }
 
+TEST_F(List, FoldersThatMayNotBeReadAreNamedOnceAndTheRestIsListed) {
+    m_card.write("DCIM/100AAAAA/AAAA0001.JPG", "x");
+    m_card.write("DCIM/101AAAAA/AAAA0002.JPG", "x");
+    m_card.link("again", "DCIM");
+    const std::string closed = m_card.at("DCIM/100AAAAA");
+    ASSERT_EQ(chmod(m_card.path().c_str(), 0755), 0);
+    const ClosedFolder folder(closed);
+    const OrdinaryUser user;
+    if (eaccess(FILEIMPORTER_TOOL, X_OK) != 0)
+        GTEST_SKIP() << "an ordinary user may not run the built tool";
+    const ToolResult result = list({m_card.path(), m_card.at("DCIM")});
+    EXPECT_EQ(listedPaths(result, m_card), (Paths{"DCIM/101AAAAA/AAAA0002.JPG"}));
+    EXPECT_EQ(result.err, "fileimporter: " + closed + ": Permission denied\n");
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(list({m_card.at("DCIM/100AAAAA/../100AAAAA")}).status, 3);
+}
+
+TEST_F(List, AFolderThatMayNotBeReadIsNamedAsItWasGiven) {
+    m_card.write("a.jpg", "x");
+    ASSERT_EQ(chmod(m_card.path().c_str(), 0755), 0);
+    const ClosedFolder folder(m_card.makeFolder("closed"));
+    const OrdinaryUser user;
+    if (eaccess(FILEIMPORTER_TOOL, X_OK) != 0)
+        GTEST_SKIP() << "an ordinary user may not run the built tool";
+    const std::string given = m_card.path() + "/./closed/";
+    const ToolResult result = list({given, m_card.at("a.jpg")});
+    EXPECT_EQ(result.err, "fileimporter: " + given + ": Permission denied\n");
+    EXPECT_EQ(result.status, 1);
+}
+
+TEST_F(List, APhotoIsListedOnceHoweverItIsSpelt) {
+    const std::string photo = m_card.write("o/a.jpg", "x");
+    m_card.link("o/b.jpg", "a.jpg");
+    m_card.link("elsewhere", "o");
+    ASSERT_EQ(chdir(m_card.path().c_str()), 0);
+    const Paths spellings = {"o",       "o/a.jpg",         "./o/a.jpg", "o//a.jpg", "o/../o/a.jpg",
+                             "o/b.jpg", "elsewhere/a.jpg", photo};
+    const ToolResult result = list(spellings);
+    for (const std::string& spelling : spellings)
+        EXPECT_EQ(listedPaths(list({spelling, "elsewhere"}), m_card), (Paths{"o/a.jpg"})) << spelling;
+    ASSERT_EQ(chdir("/"), 0);
+    EXPECT_EQ(listedPaths(result, m_card), (Paths{"o/a.jpg"}));
+    EXPECT_EQ(result.status, 0);
+}
+
 TEST_F(List, APathThatDoesNotExistIsNamedAndTheOthersAreListed) {
     m_card.write("a.jpg", "x");
     const ToolResult result = list({m_card.at("gone"), m_card.path()});
@@ -299,6 +358,14 @@ TEST_F(HistoryList, APhotoThatIsGoneIsListedWithItsCode) {
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(listed(result).at(1).at("error").at("code"), -43);
     EXPECT_EQ(result.err, "fileimporter: " + m_card.at("gone.jpg") + ": there is no such file\n");
+}
+
+TEST_F(HistoryList, ItsPhotosAreListedOnceHoweverTheyAreSpelt) {
+    const std::string a = m_card.write("a.jpg", "x");
+    m_card.link("b.jpg", "a.jpg");
+    const std::string list = m_card.write(
+        "history.plist", history("mailHistory", {m_card.path() + "/./a.jpg", m_card.at("b.jpg"), a}));
+    EXPECT_EQ(listedPaths(List::list({"--plist", list, m_card.path()}), m_card), (Paths{"a.jpg"}));
 }
 
 TEST_F(HistoryList, AFileThatIsNoListIsNamed) {

@@ -18,11 +18,12 @@ struct SearchOrder {
 };
 
 struct SearchResult {
-    std::vector<std::string> photos;  ///< absolute paths in the order of the search
-    bool complete = true;             ///< false when something that was named could not be searched
+    std::vector<std::string> photos;  ///< absolute paths without links, in the order of the search
+    bool complete = true;             ///< false when something could not be searched
 };
 
-/// Each photo once. What cannot be searched is named on the console, with its reason.
+/// Each photo once. What cannot be searched, also a folder on the way, is named on the console with its
+/// reason.
 [[nodiscard]] SearchResult findPhotos(const SearchOrder& order, Console& console);
 
 }  // namespace fi
