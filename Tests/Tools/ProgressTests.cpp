@@ -1,7 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Progress.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <thread>
 
 namespace fi::test {
 namespace {
@@ -29,6 +34,48 @@ TEST(Progress, WritesNothingWhenStandardErrorIsNoTerminal) {
         progress.clear();
     }
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+/// A terminal that is standard error as long as this lasts, and that can go away meanwhile.
+class TerminalAsStandardError {
+public:
+    TerminalAsStandardError() : m_before(dup(STDERR_FILENO)), m_terminal(posix_openpt(O_RDWR | O_NOCTTY)) {
+        if (m_terminal < 0 || grantpt(m_terminal) != 0 || unlockpt(m_terminal) != 0) return;
+        const int end = open(ptsname(m_terminal), O_RDWR | O_NOCTTY);
+        m_isThere = end >= 0 && dup2(end, STDERR_FILENO) >= 0;
+        if (end >= 0) close(end);
+    }
+    ~TerminalAsStandardError() {
+        dup2(m_before, STDERR_FILENO);
+        close(m_before);
+        goAway();
+    }
+    TerminalAsStandardError(const TerminalAsStandardError&) = delete;
+    TerminalAsStandardError& operator=(const TerminalAsStandardError&) = delete;
+
+    [[nodiscard]] bool isThere() const { return m_isThere; }
+    void goAway() {
+        if (m_terminal >= 0) close(m_terminal);
+        m_terminal = -1;
+    }
+
+private:
+    int m_before;
+    int m_terminal;
+    bool m_isThere = false;
+};
+
+TEST(Progress, ATerminalThatGoesAwayDoesNotEndTheRun) {
+    TerminalAsStandardError terminal;
+    if (!terminal.isThere()) GTEST_SKIP() << "no terminal can be made here";
+    const auto untilTheNextLine = std::chrono::milliseconds(120);
+    Progress progress(Progress::Meter::Shown);
+    std::this_thread::sleep_for(untilTheNextLine);
+    progress.advance(1, 3);
+    terminal.goAway();
+    std::this_thread::sleep_for(untilTheNextLine);
+    EXPECT_NO_THROW(progress.advance(2, 3));
+    EXPECT_NO_THROW(progress.clear());
 }
 
 }  // namespace

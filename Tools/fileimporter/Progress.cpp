@@ -5,13 +5,16 @@
 #include <unistd.h>
 
 #include <cmath>
-#include <cstdio>
+#include <string_view>
+
+#include "ErrorOutput.h"
 
 namespace fi {
 
 namespace {
 
 constexpr double kTooEarly = 0.5;  // seconds in which a rate says nothing
+constexpr std::string_view kEmptiedLine = "\r\x1b[K";
 constexpr auto kInterval = std::chrono::milliseconds(100);
 
 std::string minutesAndSeconds(double seconds) {
@@ -38,15 +41,13 @@ void Progress::advance(size_t done, size_t total) {
     if (!m_shown || now - m_lastShown < kInterval) return;
     m_lastShown = now;
     const double seconds = std::chrono::duration<double>(now - m_start).count();
-    fmt::print(stderr, "\r\x1b[K{}", progressText(done, total, seconds));
-    std::fflush(stderr);
+    writeError(std::string(kEmptiedLine) + progressText(done, total, seconds));
     m_visible = true;
 }
 
 void Progress::clear() {
     if (!m_visible) return;
-    fmt::print(stderr, "\r\x1b[K");
-    std::fflush(stderr);
+    writeError(kEmptiedLine);
     m_visible = false;
 }
 
