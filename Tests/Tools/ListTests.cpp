@@ -325,6 +325,17 @@ TEST_F(List, AnOutputThatCannotBeWrittenIsAFailure) {
     EXPECT_EQ(result.err, "fileimporter: standard output: No space left on device\n");
 }
 
+TEST_F(List, AnOutputThatIsClosedIsAFailure) {
+    m_card.write("a.jpg", "x");
+    for (const std::vector<std::string>& arguments : std::vector<std::vector<std::string>>{
+             {"list", m_card.path()}, {"--version"}, {"list", "--help"}}) {
+        const ToolResult result = ToolRun(arguments, ToolRun::kClosed).finish();
+        EXPECT_EQ(result.status, 1) << testing::PrintToString(arguments);
+        EXPECT_EQ(result.err, "fileimporter: standard output: Bad file descriptor\n");
+    }
+    EXPECT_EQ(ToolRun({"--help"}, "/dev/full").finish().status, 1);
+}
+
 class HistoryList : public List {
 protected:
     [[nodiscard]] std::string history(const std::string& type, const Paths& paths) const {

@@ -48,12 +48,20 @@ std::vector<std::string> toolEnvironment() {
     return variables;
 }
 
+struct Streams {
+    int in;
+    int out;
+    int err;
+    bool closesOut;
+};
+
 /// Becomes the tool. An effective user becomes the real one too, or the sanitizers would be lame.
-[[noreturn]] void becomeTool(char* const* words, char* const* variables, int in, int out, int err) {
+[[noreturn]] void becomeTool(char* const* words, char* const* variables, const Streams& streams) {
     const uid_t user = geteuid();
-    const bool ready = in >= 0 && out >= 0 && setresuid(user, user, user) == 0 &&
-                       dup2(in, STDIN_FILENO) >= 0 && dup2(out, STDOUT_FILENO) >= 0 &&
-                       dup2(err, STDERR_FILENO) >= 0;
+    const bool ready = streams.in >= 0 && streams.out >= 0 && setresuid(user, user, user) == 0 &&
+                       dup2(streams.in, STDIN_FILENO) >= 0 && dup2(streams.out, STDOUT_FILENO) >= 0 &&
+                       dup2(streams.err, STDERR_FILENO) >= 0 &&
+                       (!streams.closesOut || close(STDOUT_FILENO) == 0);
     if (ready) execve(FILEIMPORTER_TOOL, words, variables);
     _exit(127);
 }
@@ -92,8 +100,9 @@ ToolRun::ToolRun(const std::vector<std::string>& arguments, const std::string& o
     m_process = fork();
     if (m_process == 0) {
         const int in = open("/dev/null", O_RDONLY | O_CLOEXEC);
-        const int to = out.empty() ? output.write : open(out.c_str(), O_WRONLY | O_CLOEXEC);
-        becomeTool(pointers.data(), environment.data(), in, to, errors.write);
+        const bool closes = out == kClosed;
+        const int to = out.empty() || closes ? output.write : open(out.c_str(), O_WRONLY | O_CLOEXEC);
+        becomeTool(pointers.data(), environment.data(), {in, to, errors.write, closes});
     }
     close(output.write);
     close(errors.write);

@@ -23,7 +23,9 @@ struct ToolResult {
 /// The tool at work.
 class ToolRun {
 public:
-    /// `out` is where its standard output goes: a file's path, or empty to keep it.
+    static constexpr const char* kClosed = ">&-";
+
+    /// `out` is where its standard output goes: a file's path, kClosed, or empty to keep it.
     explicit ToolRun(const std::vector<std::string>& arguments, const std::string& out = {});
     ~ToolRun();
     ToolRun(const ToolRun&) = delete;

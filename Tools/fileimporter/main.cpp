@@ -11,6 +11,8 @@
 #include <iostream>
 #include <memory>
 #include <new>
+#include <sstream>
+#include <string_view>
 #include <vector>
 
 #include "Arguments.h"
@@ -43,12 +45,13 @@ Commands makeCommands(CLI::App& tool) {
     return commands;
 }
 
-/// A file opened later must not get the number of a closed standard stream and be written into.
+/// A file opened later must not get the number of a closed standard stream and be written into. Writing
+/// to an output that was closed fails, as it would have.
 void fillStandardStreams() {
-    int descriptor = open("/dev/null", O_RDWR);
-    while (descriptor >= 0 && descriptor <= STDERR_FILENO)
-        descriptor = open("/dev/null", O_RDWR);
-    if (descriptor > STDERR_FILENO) close(descriptor);
+    constexpr int kModes[] = {O_RDONLY, O_RDONLY, O_WRONLY};
+    for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; ++stream)
+        // The lowest free number is the one that is given.
+        if (fcntl(stream, F_GETFD) < 0) static_cast<void>(open("/dev/null", kModes[stream]));
 }
 
 void prepareProcess() {
@@ -57,6 +60,14 @@ void prepareProcess() {
     signal(SIGPIPE, SIG_IGN);
     // Names are UTF-8 whatever the environment says; messages of the system stay in English.
     setlocale(LC_CTYPE, "C.UTF-8");
+}
+
+/// Tells what was not written of the answer.
+ExitStatus statusOfOutput(Console& console, ExitStatus status) {
+    const int error = console.out().error();
+    if (error == 0) return status;
+    console.complain("standard output", strerror(error));
+    return ExitStatus::SomeFailed;
 }
 
 ExitStatus runCommand(Command& command, bool quiet) {
@@ -70,11 +81,18 @@ ExitStatus runCommand(Command& command, bool quiet) {
         console.complain(problem.what());
     }
     console.progress().clear();
-    if (const int error = console.out().error(); error != 0) {
-        console.complain("standard output", strerror(error));
-        status = ExitStatus::SomeFailed;
-    }
-    return status;
+    return statusOfOutput(console, status);
+}
+
+/// Help and version, which the parser reports as errors too, are answers.
+ExitStatus answerParser(const CLI::App& tool, const CLI::ParseError& error) {
+    std::ostringstream answer;
+    if (tool.exit(error, answer, std::cerr) != 0) return ExitStatus::WrongUsage;
+    Console console(Progress::Meter::Silent);
+    std::string_view text = answer.view();
+    if (text.ends_with('\n')) text.remove_suffix(1);
+    console.out().line(text);
+    return statusOfOutput(console, ExitStatus::AllDone);
 }
 
 std::string complaintAbout(const CLI::App* tool, const CLI::Error& error) {
@@ -96,7 +114,7 @@ ExitStatus runTool(int count, const char* const* words) {
     try {
         tool.parse(parserArguments(count, words));
     } catch (const CLI::ParseError& error) {
-        return tool.exit(error, std::cout, std::cerr) == 0 ? ExitStatus::AllDone : ExitStatus::WrongUsage;
+        return answerParser(tool, error);
     }
     for (const auto& command : commands) {
         if (command->isChosen()) return runCommand(*command, quiet || command->isQuiet());
