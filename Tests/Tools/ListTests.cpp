@@ -109,6 +109,14 @@ TEST_F(List, GoesAsDeepAsItIsTold) {
     EXPECT_EQ(listedPaths(list({m_card.path()}), m_card), (Paths{"a.jpg", "b/b.jpg", "b/c/c.jpg"}));
 }
 
+TEST_F(List, ReadsNumbersAsDecimal) {
+    std::string folder;
+    for (int level = 1; level <= 11; ++level, folder += "f/")
+        m_card.write(folder + "a.jpg", "x");
+    EXPECT_EQ(list({"--depth", "010", m_card.path()}).lines().size(), 10U);
+    EXPECT_EQ(list({"--depth=002", m_card.path()}).lines().size(), 2U);
+}
+
 TEST_F(List, TakesFoldersAndSingleFilesInTheirOrderAndEachOnce) {
     const std::string single = m_card.write("z/odd.name", "x");
     m_card.write("a/1.jpg", "x");
@@ -275,6 +283,13 @@ TEST_F(List, WrongUsageIsToldApart) {
                                                {"list", "--depth", "257", "/"},
                                                {"list", "--depth", "-1", "/"},
                                                {"list", "--depth", "many", "/"},
+                                               {"list", "--depth", "0x1", "/"},
+                                               {"list", "--depth", "+1", "/"},
+                                               {"list", "--depth", "1.0", "/"},
+                                               {"list", "--depth", " 1", "/"},
+                                               {"list", "--depth", "", "/"},
+                                               {"list", "--depth", "0256257", "/"},
+                                               {"list", "--depth", "99999999999999999999", "/"},
                                                {"list", "--unknown", "/"},
                                                {"list", "/", "--plist"}}) {
         const ToolResult result = runTool(arguments);

@@ -2,6 +2,7 @@
 #include "Arguments.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <string_view>
 
 namespace fi {
@@ -21,6 +22,14 @@ std::string unmark(std::string& word) {
     return {};  // no complaint
 }
 
+/// The parser would take 010 for eight and 0x10 for sixteen.
+std::string readDecimal(std::string& word) {
+    if (word.empty() || word.find_first_not_of("0123456789") != std::string::npos)
+        return "'" + word + "' is not a number in decimal digits";
+    word.erase(0, std::min(word.find_first_not_of('0'), word.size() - 1));
+    return {};
+}
+
 }  // namespace
 
 std::vector<std::string> parserArguments(int count, const char* const* words) {
@@ -37,6 +46,14 @@ CLI::Option* addPath(CLI::App& app, const char* name, std::string& path, const c
 CLI::Option* addPaths(CLI::App& app, const char* name, std::vector<std::string>& paths,
                       const char* purpose) {
     return app.add_option(name, paths, purpose)->transform(CLI::Validator(unmark, ""))->type_name("");
+}
+
+CLI::Option* addNumber(CLI::App& app, const char* name, uint32_t& number, NumberRange range,
+                       const std::string& purpose) {
+    return app.add_option(name, number, purpose)
+        ->check(CLI::Range(range.least, range.most).description(""))
+        ->transform(CLI::Validator(readDecimal, ""))
+        ->option_text("N");
 }
 
 }  // namespace fi

@@ -2,6 +2,7 @@
 // The words of the command line on their way through the parser, which must not change a file's name.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -23,5 +24,14 @@ CLI::Option* addPath(CLI::App& app, const char* name, std::string& path, const c
 /// Operands that name files.
 CLI::Option* addPaths(CLI::App& app, const char* name, std::vector<std::string>& paths,
                       const char* purpose);
+
+struct NumberRange {
+    uint32_t least;
+    uint32_t most;
+};
+
+/// An option that takes a number in decimal digits.
+CLI::Option* addNumber(CLI::App& app, const char* name, uint32_t& number, NumberRange range,
+                       const std::string& purpose);
 
 }  // namespace fi

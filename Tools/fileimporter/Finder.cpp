@@ -57,12 +57,12 @@ class Finder {
 public:
     explicit Finder(Console& console) : m_console(console) {}
 
-    void searchPath(const std::string& path, int depth);
+    void searchPath(const std::string& path, uint32_t depth);
     void searchHistory(const std::string& path);
     [[nodiscard]] SearchResult result() const { return {listOf(m_search), m_complete}; }
 
 private:
-    void searchFolder(const std::string& path, int depth);
+    void searchFolder(const std::string& path, uint32_t depth);
     void addPhoto(const std::string& path);
     void tellUnreadableFolders(const std::string& searched);
     void complain(const std::string& path, const std::string& reason);
@@ -73,17 +73,17 @@ private:
     bool m_complete = true;
 };
 
-void Finder::searchPath(const std::string& path, int depth) {
+void Finder::searchPath(const std::string& path, uint32_t depth) {
     struct stat status {};
     if (stat(path.c_str(), &status) != 0) return complain(path, systemError(errno));
     if (S_ISDIR(status.st_mode)) return searchFolder(path, depth);
     addPhoto(path);
 }
 
-void Finder::searchFolder(const std::string& path, int depth) {
+void Finder::searchFolder(const std::string& path, uint32_t depth) {
     const auto url = CFURL::createFromPath(path);
     if (!url || !m_search.Open(url.get())) return complain(path, resultCodeText(kNotFoundErr));
-    m_search.FileSearch(depth);
+    m_search.FileSearch(static_cast<int>(depth));
     tellUnreadableFolders(path);
 }
 

@@ -2,6 +2,7 @@
 // From the words of the command line to the photos that they mean.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -10,11 +11,11 @@ namespace fi {
 class Console;
 
 struct SearchOrder {
-    static constexpr int kDeepest = 256;
+    static constexpr uint32_t kDeepest = 256;
 
     std::vector<std::string> paths;  ///< cards, folders and single files
     std::string historyList;         ///< a property list of photos, read before the paths; may be empty
-    int depth = kDeepest;            ///< levels of folders; 1 is a folder's own files only
+    uint32_t depth = kDeepest;       ///< levels of folders; 1 is a folder's own files only
 };
 
 struct SearchResult {

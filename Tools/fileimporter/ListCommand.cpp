@@ -13,10 +13,8 @@ ListCommand::ListCommand(CLI::App& tool)
     : Command(tool, "list", "List the photos of a card, a folder or a list") {
     addPath(app(), "--plist", m_order.historyList, "Also the photos of this history list")
         ->option_text("FILE");
-    app()
-        .add_option("--depth", m_order.depth, "Levels of folders to search, 1 to 256")
-        ->check(CLI::Range(1, SearchOrder::kDeepest).description(""))
-        ->option_text("N");
+    addNumber(app(), "--depth", m_order.depth, {1, SearchOrder::kDeepest},
+              "Levels of folders to search, 1 to 256");
     app().add_flag("--json", m_json, "One JSON object a line");
     addPaths(app(), "PATH", m_order.paths, "Cards, folders or single photos")->option_text("...");
     app().final_callback([this] {

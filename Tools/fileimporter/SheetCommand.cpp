@@ -36,11 +36,8 @@ SheetCommand::SheetCommand(CLI::App& tool) : Command(tool, "sheet", "Make a cont
     addPath(app(), "-o,--out", m_out, fmt::format("The sheet: a name in {}", kWritableExtensions).c_str())
         ->required()
         ->option_text("OUT");
-    app()
-        .add_option("--columns", m_columns,
-                    fmt::format("Photos side by side, 1 to {}", SheetLayout::kMostColumns))
-        ->check(CLI::Range(1U, SheetLayout::kMostColumns).description(""))
-        ->option_text("N");
+    addNumber(app(), "--columns", m_columns, {1, SheetLayout::kMostColumns},
+              fmt::format("Photos side by side, 1 to {}", SheetLayout::kMostColumns));
     app().final_callback([this] {
         if (writableType(m_out) == nullptr)
             throw CLI::ValidationError("--out",
