@@ -3,6 +3,8 @@
 #include "SampleCard.h"
 
 #include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -183,6 +185,38 @@ TEST_F(SampleCardTool, IsNotMadeWhereSomethingIs) {
     EXPECT_EQ(result.err, "fileimporter: " + s_folder->at("full") + ": the folder is not empty\n");
     EXPECT_EQ(runTool({"sample-card", other}).status, 2);
     EXPECT_EQ(std::distance(fs::directory_iterator(s_folder->at("full")), fs::directory_iterator()), 1);
+}
+
+/// No file of this process or those that it starts becomes longer, as if the disk were full.
+class FullDisk {
+public:
+    explicit FullDisk(rlim_t longest) : m_handler(signal(SIGXFSZ, SIG_IGN)) {
+        getrlimit(RLIMIT_FSIZE, &m_before);
+        const rlimit limit{longest, m_before.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FullDisk() {
+        setrlimit(RLIMIT_FSIZE, &m_before);
+        signal(SIGXFSZ, m_handler);
+    }
+    FullDisk(const FullDisk&) = delete;
+    FullDisk& operator=(const FullDisk&) = delete;
+
+private:
+    sighandler_t m_handler;
+    rlimit m_before{};
+};
+
+TEST(SampleCardOnAFullDisk, LeavesNothingThatItHasMade) {
+    const TemporaryFolder folder;
+    const std::string there = folder.makeFolder("there");
+    for (const std::string& card : {there + "/new/card", there + "/slash/", there}) {
+        const FullDisk disk(10000);
+        const ToolResult result = runTool({"sample-card", card});
+        EXPECT_EQ(result.status, 1) << card;
+        EXPECT_NE(result.err, "") << card;
+        EXPECT_TRUE(fs::is_empty(there)) << card;
+    }
 }
 
 TEST(TestPictures, AreTheSamePictureInEveryOrientation) {

@@ -5,34 +5,17 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <filesystem>
-#include <optional>
 #include <vector>
 
 #include "Arguments.h"
 #include "Console.h"
+#include "SampleCardFolder.h"
 #include "SampleCardWriter.h"
 #include "Signals.h"
 
 namespace fi {
 
-namespace fs = std::filesystem;
-
 namespace {
-
-/// Why the card cannot be made there; nothing when the folder is there and empty.
-std::optional<std::string> obstacleIn(const fs::path& folder) {
-    std::error_code error;
-    if (fs::exists(folder, error)) {
-        if (!fs::is_directory(folder, error)) return "it is not a folder";
-        const fs::directory_iterator entries(folder, error);
-        if (!error && entries != fs::directory_iterator()) return "the folder is not empty";
-    } else {
-        fs::create_directories(folder, error);
-    }
-    if (error) return error.message();
-    return std::nullopt;
-}
 
 /// All or nothing: what was made is taken away again when a file fails or the user stops the run, for
 /// which the answer is false.
@@ -74,13 +57,15 @@ SampleCardCommand::SampleCardCommand(CLI::App& tool)
 }
 
 ExitStatus SampleCardCommand::run(Console& console) {
-    if (const auto obstacle = obstacleIn(m_folder)) {
+    SampleCardFolder folder(m_folder);
+    if (const auto obstacle = folder.prepare()) {
         console.complain(m_folder, *obstacle);
         return ExitStatus::WrongUsage;
     }
     watchSignals();
     const std::vector<SampleFile> files = sampleCard();
     if (!writeAll(SampleCardWriter(m_folder), files, console.progress())) return ExitStatus::SomeFailed;
+    folder.keep();
     console.out().line(summary(m_folder, files));
     return ExitStatus::AllDone;
 }
