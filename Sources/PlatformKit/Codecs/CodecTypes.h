@@ -31,6 +31,9 @@ struct CodecFailure {
 template <typename T>
 using CodecResult = Result<T, CodecFailure>;
 
+/// For densities that a file states per centimetre.
+inline constexpr double kCentimetresPerInch = 2.54;
+
 /// Dots per inch.
 struct Density {
     double x = 0;

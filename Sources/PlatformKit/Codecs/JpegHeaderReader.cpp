@@ -36,7 +36,6 @@ constexpr uint64_t kMaximumStrays = uint64_t{1} << 20;
 constexpr std::string_view kJfif = "JFIF\0"sv;
 constexpr std::string_view kExif = "Exif\0"sv;
 constexpr std::string_view kProfile = "ICC_PROFILE\0"sv;
-constexpr double kCentimetresPerInch = 2.54;
 
 bool isFrame(uint8_t marker) {
     return marker >= 0xC0 && marker <= 0xCF && marker != kDefineHuffman && marker != kExtension &&

@@ -32,7 +32,6 @@ enum Tag : uint16_t {
 constexpr uint64_t kMaximumEntries = 2048;  // of one directory; cameras write fewer than a hundred
 constexpr uint64_t kMaximumValueBytes = uint64_t{64} << 10;
 constexpr uint64_t kMaximumBlockBytes = uint64_t{16} << 20;
-constexpr double kCentimetresPerInch = 2.54;
 
 uint64_t maximumBytes(uint16_t tag) {
     const bool isBlock = tag == kTagXmp || tag == kTagIptc || tag == kTagPhotoshop || tag == kTagIccProfile;

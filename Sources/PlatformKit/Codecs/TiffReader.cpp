@@ -17,7 +17,6 @@ namespace fi {
 
 namespace {
 
-constexpr double kCentimetresPerInch = 2.54;
 constexpr uint32_t kMaximumProfileBytes = 16U << 20;
 
 Failure<CodecFailure> fail(CodecError code, std::string text) {
