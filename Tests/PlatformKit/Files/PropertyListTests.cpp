@@ -7,6 +7,7 @@
 
 #include <string>
 
+#include "FileImporter/FailingAllocations.h"
 #include "PlatformKit/Array.h"
 #include "PlatformKit/Data.h"
 #include "PlatformKit/Dictionary.h"
@@ -138,6 +139,23 @@ TEST_F(PropertyList, FilesThatCannotBeReadGiveNull) {
     EXPECT_FALSE(readPropertyList(CFURL::createFromPath(m_folder.at("missing")).get()));
     EXPECT_FALSE(readPropertyList(CFURL::createFromPath(m_folder.path()).get()));
     EXPECT_FALSE(readPropertyList(CFURL::createFromString("http://host/list.plist").get()));
+}
+
+TEST_F(PropertyList, MemoryThatRunsOutAnywhereGivesNullAndLeavesNothingBehind) {
+    const std::string path = m_folder.write(
+        "list.plist",
+        "<plist><array><dict><key>a name that needs memory</key><string>a text that needs memory</string>"
+        "<key>b</key><array><data>AQID</data><integer>1</integer></array></dict></array></plist>");
+    const auto url = CFURL::createFromPath(path);
+    int successes = 0;
+    for (bool happened = true; happened; ++successes) {
+        ASSERT_LT(successes, 1000);
+        const FailingAllocations allocations(successes);
+        const auto list = readPropertyList(url.get());
+        happened = allocations.happened();
+        ASSERT_NE(static_cast<bool>(list), happened) << successes;
+    }
+    EXPECT_GT(successes, 5);
 }
 
 TEST_F(PropertyList, FilesBeyondTheLimitAreNotRead) {
