@@ -31,7 +31,7 @@ void report(ImageFailure* failure, ImageError code, std::string_view text) noexc
     failure->text = nullptr;
     try {
         failure->text = CFString::create(text);
-    } catch (const std::bad_alloc&) {
+    } catch (...) {
         // The code alone must do.
     }
 }

@@ -14,7 +14,7 @@ namespace fi {
 void report(ImageFailure* failure, ImageError code, std::string_view text) noexcept;
 void report(ImageFailure* failure, const CodecFailure& reason) noexcept;
 
-/// Calls `operation`; without memory the failure says so and the result is that of `Result{}`.
+/// Calls `operation`; whatever it throws becomes the failure, and the result is then that of `Result{}`.
 template <typename Operation>
 auto withoutExceptions(ImageFailure* failure, const Operation& operation) noexcept
     -> decltype(operation()) {
@@ -22,8 +22,10 @@ auto withoutExceptions(ImageFailure* failure, const Operation& operation) noexce
         return operation();
     } catch (const std::bad_alloc&) {
         report(failure, ImageError::NoMemory, "There is not enough memory.");
-        return {};
+    } catch (...) {
+        report(failure, ImageError::Damaged, "The picture cannot be processed.");
     }
+    return {};
 }
 
 }  // namespace fi
