@@ -14,9 +14,10 @@ struct ImageWriteOptions {
 };
 
 /// Writes the image as a file of `type`, "public.jpeg" or "public.tiff" (letter case does not matter),
-/// replacing a regular file that is there. The bytes go to another name in the same folder that becomes the
-/// file at the very end, so that there is never a part of a file. False, and nothing left behind, when that
-/// fails: `failure` tells why.
+/// replacing a regular file that is there, whose permissions stay. The bytes go to another name in the same
+/// folder that becomes the file when they are stored, so that there is never a part of a file. False, and
+/// nothing left behind, when that fails: `failure` tells why, in the system's words where it refused. All
+/// arguments are BORROWED.
 FI_EXPORT bool writeImage(const CGImage& image, CFURLRef url, CFStringRef type,
                           const ImageWriteOptions& options, ImageFailure* failure = nullptr);
 

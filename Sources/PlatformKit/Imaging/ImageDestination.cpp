@@ -5,6 +5,7 @@
 
 #include <array>
 #include <optional>
+#include <string>
 
 #include "PlatformKit/Codecs/JpegWriter.h"
 #include "PlatformKit/Codecs/TiffWriter.h"
@@ -61,14 +62,20 @@ std::optional<Density> densityFor(const CGImage& image, const ImageWriteOptions&
     return Density{density.width, density.height};
 }
 
+/// `text` and, behind a colon, the system's words where it said why.
+void reportWriting(ImageFailure* failure, std::string text, const std::string& reason) {
+    if (!reason.empty()) text += ": " + reason;
+    report(failure, ImageError::WriteFailed, text + ".");
+}
+
 bool writeThrough(ReplacementFile& file, Writer writer, const WriteOrder& order, ImageFailure* failure) {
     const auto problem = writer(order, [&](std::span<const uint8_t> bytes) { return file.write(bytes); });
-    if (problem) {
+    if (!problem && file.commit()) return true;
+    if (problem && file.reason().empty()) {
         report(failure, *problem);
-        return false;
+    } else {
+        reportWriting(failure, "The file cannot be written", file.reason());
     }
-    if (file.commit()) return true;
-    report(failure, ImageError::WriteFailed, "The file cannot be put in its place.");
     return false;
 }
 
@@ -86,7 +93,7 @@ bool writeImage(const CGImage& image, CFURLRef url, CFStringRef type, const Imag
         std::optional<ReplacementFile> file;
         if (path != nullptr) file.emplace(path->c_str());
         if (!file || !file->isOpen()) {
-            report(failure, ImageError::WriteFailed, "No file can be written there.");
+            reportWriting(failure, "No file can be written there", file ? file->reason() : "");
             return false;
         }
         const WriteOrder order{ImagePixels::of(image), options.quality, densityFor(image, options)};

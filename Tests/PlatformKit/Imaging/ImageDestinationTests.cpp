@@ -2,12 +2,18 @@
 // Writing pictures: what is written can be read, and a failure leaves nothing behind.
 #include "PlatformKit/ImageDestination.h"
 
+#include <errno.h>
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
+#include <cstring>
 #include <filesystem>
+#include <string>
+#include <vector>
 
 #include "PlatformKit/Imaging/ImagePixels.h"
 #include "PlatformKit/Imaging/Looks.h"
@@ -53,6 +59,34 @@ private:
     rlimit m_before{};
     void (*m_handler)(int) = nullptr;
 };
+
+/// For its length, tells what stands in a file each time that others are stored, and may let that fail.
+class Disk {
+public:
+    Disk(int error, std::string watched) : m_error(error), m_watched(std::move(watched)) { s_disk = this; }
+    ~Disk() { s_disk = nullptr; }
+    Disk(const Disk&) = delete;
+    Disk& operator=(const Disk&) = delete;
+
+    [[nodiscard]] const std::vector<std::string>& seen() const { return m_seen; }
+
+    static int store(int descriptor) {
+        if (s_disk == nullptr) return static_cast<int>(syscall(SYS_fsync, descriptor));
+        if (fs::exists(s_disk->m_watched)) s_disk->m_seen.push_back(readFile(s_disk->m_watched));
+        errno = s_disk->m_error;
+        return s_disk->m_error == 0 ? 0 : -1;
+    }
+
+private:
+    static inline Disk* s_disk = nullptr;
+    int m_error;
+    std::string m_watched;
+    std::vector<std::string> m_seen;
+};
+
+std::string textOf(const ImageFailure& failure) {
+    return failure.text ? failure.text->c_str() : "";
+}
 
 TEST(ImageDestination, WrittenPicturesCanBeRead) {
     const TemporaryFolder folder;
@@ -115,6 +149,46 @@ TEST(ImageDestination, NewFilesHaveThePermissionsOfAnyNewFile) {
     EXPECT_EQ(fs::status(folder.at("a.jpg")).permissions(), static_cast<fs::perms>(0640));
 }
 
+TEST(ImageDestination, AReplacedFileKeepsItsPermissions) {
+    const TemporaryFolder folder;
+    for (const mode_t permissions : {0600U, 0444U, 0666U, 0751U}) {
+        const std::string path = folder.write("a.jpg", std::string_view("old"));
+        ASSERT_EQ(chmod(path.c_str(), permissions), 0);
+        ASSERT_TRUE(write(*picture(), path, "public.jpeg"));
+        EXPECT_EQ(fs::status(path).permissions(), static_cast<fs::perms>(permissions));
+        fs::remove(path);
+    }
+}
+
+TEST(ImageDestination, BytesAreStoredBeforeTheyTakeThePlaceOfTheOldFile) {
+    const TemporaryFolder folder;
+    const std::string path = folder.write("a.jpg", std::string_view("old"));
+    const Disk disk(0, path);
+    ASSERT_TRUE(write(*picture(), path, "public.jpeg"));
+    EXPECT_EQ(disk.seen(), std::vector<std::string>{"old"});
+    EXPECT_NE(readFile(path), "old");
+}
+
+TEST(ImageDestination, TheSystemsReasonIsTold) {
+    const TemporaryFolder folder;
+    const std::string path = folder.write("a.jpg", std::string_view("old"));
+    for (const int error : {ENOSPC, EIO, EDQUOT}) {
+        ImageFailure failure;
+        const Disk disk(error, path);
+        EXPECT_FALSE(write(*picture(), path, "public.jpeg", &failure));
+        EXPECT_EQ(failure.code, ImageError::WriteFailed);
+        EXPECT_EQ(textOf(failure), std::string("The file cannot be written: ") + strerror(error) + ".");
+        EXPECT_EQ(readFile(path), "old");
+        EXPECT_EQ(itemsIn(folder.path()), 1u);
+    }
+}
+
+TEST(ImageDestination, FileSystemsThatCannotSayWhatIsStoredAreWrittenAllTheSame) {
+    const TemporaryFolder folder;
+    const Disk disk(EINVAL, folder.at("b.jpg"));
+    EXPECT_TRUE(write(*picture(), folder.at("a.jpg"), "public.jpeg"));
+}
+
 TEST(ImageDestination, OtherTypesAreRefused) {
     const TemporaryFolder folder;
     for (const char* type : {"public.png", "", "public.jpeg2", "image"}) {
@@ -148,12 +222,14 @@ TEST(ImageDestination, FoldersThatCannotBeWrittenAreReported) {
     ImageFailure failure;
     EXPECT_FALSE(write(*picture(), folder.at("missing/a.jpg"), "public.jpeg", &failure));
     EXPECT_EQ(failure.code, ImageError::WriteFailed);
+    EXPECT_EQ(textOf(failure), std::string("No file can be written there: ") + strerror(ENOENT) + ".");
     const std::string locked = folder.makeFolder("locked");
     fs::permissions(locked, static_cast<fs::perms>(0555));
     {
         const OrdinaryUser ordinary;
         EXPECT_FALSE(write(*picture(), locked + "/a.jpg", "public.jpeg", &failure));
     }
+    EXPECT_EQ(textOf(failure), std::string("No file can be written there: ") + strerror(EACCES) + ".");
     EXPECT_EQ(itemsIn(locked), 0u);
     EXPECT_FALSE(writeImage(*picture(), CFURL::createFromString("http://example.com/a").get(),
                             CFString::create("public.jpeg").get(), {}, &failure));
@@ -171,6 +247,7 @@ TEST(ImageDestination, AFullDiskLeavesTheOldFileAndNothingElse) {
         }
         EXPECT_FALSE(written);
         EXPECT_EQ(failure.code, ImageError::WriteFailed);
+        EXPECT_NE(textOf(failure).find(strerror(EFBIG)), std::string::npos) << textOf(failure);
         EXPECT_EQ(readFile(path), "old");
         EXPECT_EQ(itemsIn(folder.path()), 1u);
     }
@@ -178,3 +255,8 @@ TEST(ImageDestination, AFullDiskLeavesTheOldFileAndNothingElse) {
 
 }  // namespace
 }  // namespace fi::test
+
+// The library's calls come here, since the program stands before the system's library.
+extern "C" int fsync(int descriptor) {
+    return fi::test::Disk::store(descriptor);
+}
