@@ -28,7 +28,7 @@ def c_value(expression):
 
 class Documents(unittest.TestCase):
     def test_limits_are_those_of_the_code(self):
-        header = (ROOT / "Sources/PlatformKit/Base/Limits.h").read_text()
+        header = (ROOT / "Include/PlatformKit/Limits.h").read_text()
         in_code = {name: c_value(value)
                    for name, value in re.findall(r"uint\d+_t (maximum\w+) = ([^;]+);", header)}
         rows = re.findall(r"^\| `(maximum\w+)` \| (\d+) \|", (DOCS / "limits.md").read_text(), re.M)

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "PlatformKit/Base/Limits.h"
+#include "PlatformKit/Limits.h"
 
 namespace fi {
 

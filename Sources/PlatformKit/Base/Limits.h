@@ -1,21 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// How much a single photo may ask for. Checked after its header and before any allocation.
+// The limits under the name that readers of foreign bytes include.
 #pragma once
 
-#include <cstdint>
-
-namespace fi {
-
-struct DecodeLimits {
-    uint32_t maximumSide = 65535;               ///< pixels
-    uint64_t maximumPixels = 400'000'000;       ///< of one decoded picture
-    uint64_t maximumBytes = uint64_t{2} << 30;  ///< that one decode may allocate
-    uint32_t maximumPages = 10'000;             ///< directories of a TIFF chain that are visited
-    uint32_t maximumScans = 500;                ///< of a progressive JPEG
-    uint32_t maximumDepth = 8;                  ///< of nested directories
-};
-
-/// The record in force for the process. Change it before the first photo is opened.
-[[nodiscard]] DecodeLimits& decodeLimits();
-
-}  // namespace fi
+#include "PlatformKit/Limits.h"

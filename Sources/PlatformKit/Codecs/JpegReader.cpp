@@ -9,11 +9,11 @@
 #include <jpeglib.h>
 
 #include "PlatformKit/Base/CheckedMath.h"
-#include "PlatformKit/Base/Limits.h"
 #include "PlatformKit/Codecs/JpegInput.h"
 #include "PlatformKit/Codecs/JpegTrap.h"
 #include "PlatformKit/Codecs/PixelMixing.h"
 #include "PlatformKit/Codecs/UnreadRows.h"
+#include "PlatformKit/Limits.h"
 
 namespace fi {
 

@@ -4,7 +4,7 @@
 #include <tiffio.h>
 
 #include "PlatformKit/Base/CheckedMath.h"
-#include "PlatformKit/Base/Limits.h"
+#include "PlatformKit/Limits.h"
 
 namespace fi {
 

@@ -8,8 +8,8 @@
 
 #include <tiffio.h>
 
-#include "PlatformKit/Base/Limits.h"
 #include "PlatformKit/Codecs/TiffMessages.h"
+#include "PlatformKit/Limits.h"
 
 namespace fi {
 

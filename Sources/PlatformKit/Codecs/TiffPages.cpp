@@ -4,9 +4,9 @@
 
 #include <unordered_set>
 
-#include "PlatformKit/Base/Limits.h"
 #include "PlatformKit/Codecs/SourceWindow.h"
 #include "PlatformKit/Codecs/TiffLayout.h"
+#include "PlatformKit/Limits.h"
 
 namespace fi {
 

@@ -3,12 +3,12 @@
 
 #include <utility>
 
-#include "PlatformKit/Base/Limits.h"
 #include "PlatformKit/Drawing/Blit.h"
 #include "PlatformKit/Drawing/Scaling.h"
 #include "PlatformKit/Drawing/Turns.h"
 #include "PlatformKit/Imaging/Failures.h"
 #include "PlatformKit/Imaging/ImagePixels.h"
+#include "PlatformKit/Limits.h"
 
 namespace fi {
 

@@ -2,11 +2,11 @@
 // Decoding of JPEG: scales, color models, damage and limits.
 #include <gtest/gtest.h>
 
-#include "PlatformKit/Base/Limits.h"
 #include "PlatformKit/Codecs/CodecPictures.h"
 #include "PlatformKit/Codecs/JpegReader.h"
 #include "PlatformKit/Codecs/MakeJpeg.h"
 #include "PlatformKit/Codecs/ScopedLimits.h"
+#include "PlatformKit/Limits.h"
 
 namespace fi::test {
 

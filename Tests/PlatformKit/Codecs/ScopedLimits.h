@@ -2,7 +2,7 @@
 // Other limits for the length of a test.
 #pragma once
 
-#include "PlatformKit/Base/Limits.h"
+#include "PlatformKit/Limits.h"
 
 namespace fi::test {
 

@@ -7,9 +7,9 @@
 
 #include <memory>
 
-#include "PlatformKit/Base/Limits.h"
 #include "PlatformKit/Imaging/Looks.h"
 #include "PlatformKit/Imaging/SourceReader.h"
+#include "PlatformKit/Limits.h"
 #include "Support/Privileges.h"
 
 namespace fi::test {
