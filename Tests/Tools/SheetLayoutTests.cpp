@@ -114,5 +114,24 @@ TEST(SheetLayout, RefusesWhatNoPageCanHold) {
     EXPECT_FALSE(SheetLayout::forPhotos(SIZE_MAX, 0));
 }
 
+TEST(SheetLayout, KnowsThePagesOfAllSheetsAndFewOtherSizes) {
+    for (size_t photos = 1; photos < 20'000; photos += 1 + photos / 7) {
+        for (const uint32_t columns : {0U, 1U, 7U, 100U}) {
+            const auto layout = SheetLayout::forPhotos(photos, columns);
+            if (!layout) continue;
+            EXPECT_TRUE(SheetLayout::isPageSize(layout->pageWidth(), layout->pageHeight()))
+                << photos << " in " << columns;
+        }
+    }
+    constexpr int64_t kSizesOfPhotos[][2] = {
+        {0, 0},       {160, 120},   {320, 240},   {640, 480},   {800, 600},   {1024, 768},  {1280, 960},
+        {1600, 1200}, {1920, 1080}, {2048, 1536}, {2592, 1944}, {3008, 2000}, {3264, 2448}, {3456, 2304},
+        {4000, 3000}, {4032, 3024}, {4608, 3456}, {6000, 4000}, {1240, 1754}, {2480, 3508}};
+    for (const auto& size : kSizesOfPhotos) {
+        EXPECT_FALSE(SheetLayout::isPageSize(size[0], size[1])) << size[0] << " x " << size[1];
+        EXPECT_FALSE(SheetLayout::isPageSize(size[1], size[0])) << size[1] << " x " << size[0];
+    }
+}
+
 }  // namespace
 }  // namespace fi::test

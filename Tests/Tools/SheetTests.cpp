@@ -3,11 +3,13 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <thread>
 
 #include "Support/MakePictures.h"
+#include "Support/Privileges.h"
 #include "Support/TemporaryFolder.h"
 #include "Tools/SheetPictures.h"
 #include "Tools/ToolRun.h"
@@ -110,7 +112,6 @@ TEST_F(Sheet, WrongUsageIsToldBeforeAnythingIsDone) {
         {"sheet", m_card.path(), "-o", ".jpg"},
         {"sheet", m_card.path(), "-o", out("sheet.jpg"), "--columns", "0"},
         {"sheet", m_card.path(), "-o", out("sheet.jpg"), "--columns", "501"},
-        {"sheet", m_card.path(), "-o", m_out.at("gone/sheet.jpg")},
         {"sheet", m_card.path(), "-o", folder},
         {"sheet", m_card.path(), "-o", photo},
     };
@@ -123,6 +124,77 @@ TEST_F(Sheet, WrongUsageIsToldBeforeAnythingIsDone) {
     EXPECT_EQ(written(), std::vector<std::string>{});
     EXPECT_EQ(readFile(photo), before);
     EXPECT_NE(runTool(wrong[2]).err.find(".jpg, .jpeg, .tif or .tiff"), std::string::npos);
+}
+
+TEST_F(Sheet, APlaceWhereNothingCanBeWrittenIsToldBeforeThePhotosAreRead) {
+    m_card.write("a.jpg", "This is no picture, and would be named if it were read.");
+    const std::string longName = std::string(300, 'n') + ".jpg";
+    const std::vector<std::pair<std::string, std::string>> places = {
+        {out(longName.c_str()), "File name too long"},
+        {m_out.at("gone/sheet.jpg"), "no file can be written into that folder: No such file or directory"},
+        {m_out.write("file", "x") + "/sheet.jpg",
+         "no file can be written into that folder: Not a directory"},
+    };
+    for (const auto& [place, reason] : places) {
+        const ToolResult result = runTool({"sheet", m_card.path(), m_card.at("gone"), "-o", place});
+        EXPECT_EQ(result.status, 1) << place;
+        EXPECT_EQ(result.err, "fileimporter: " + place + ": " + reason + "\n");
+    }
+    EXPECT_EQ(written(), std::vector<std::string>{});
+}
+
+TEST_F(Sheet, AFolderThatMayNotBeWrittenIsToldBeforeThePhotosAreRead) {
+    m_card.write("a.jpg", "This is no picture, and would be named if it were read.");
+    ASSERT_EQ(chmod(m_card.path().c_str(), 0755), 0);
+    ASSERT_EQ(chmod(m_out.path().c_str(), 0755), 0);
+    ASSERT_EQ(chmod(m_out.at("out").c_str(), 0555), 0);
+    const OrdinaryUser user;
+    if (eaccess(FILEIMPORTER_TOOL, X_OK) != 0)
+        GTEST_SKIP() << "an ordinary user may not run the built tool";
+    const ToolResult result = runTool({"sheet", m_card.path(), "-o", out("sheet.jpg")});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.err, "fileimporter: " + out("sheet.jpg") +
+                              ": no file can be written into that folder: Permission denied\n");
+}
+
+TEST_F(Sheet, TheEarlierSheetAmongThePhotosIsNoneOfThem) {
+    writePhoto("a.jpg");
+    writePhoto("b.jpg");
+    m_card.makeFolder("z");
+    const std::string once = out("sheet.jpg");
+    ASSERT_EQ(runTool({"sheet", m_card.path(), "-o", once}).status, 0);
+    for (const char* name : {"sheet.jpg", "z/../sheet.tif"}) {
+        const std::string sheet = m_card.at(name);
+        for (int i = 0; i < 3; ++i) {
+            const ToolResult result = runTool({"sheet", m_card.path(), "-o", sheet});
+            EXPECT_EQ(result.status, 0) << name << ' ' << i;
+            EXPECT_EQ(result.err, "");
+            if (fs::path(name).extension() == ".jpg") {
+                EXPECT_TRUE(readFile(sheet) == readFile(once)) << i;
+            }
+        }
+        EXPECT_EQ(runTool({"sheet", sheet, "-o", sheet}).status, 3);
+        fs::remove(sheet);
+    }
+}
+
+TEST_F(Sheet, APhotoIsNotTakenForAnEarlierSheet) {
+    const auto page = SheetLayout::forPhotos(2, 0);
+    const auto photo = jpegOf(testPicture(page->pageWidth(), page->pageHeight()));
+    writePhoto("a.jpg");
+    writePhoto("of-the-wrong-size.jpg");
+    ExifFacts facts;
+    facts.date = "2004:05:01 06:07:08";
+    m_card.write("with-exif.jpg", withExif(photo, facts));
+    m_card.write("damaged.jpg", "This was a photo.");
+    for (const char* name : {"of-the-wrong-size.jpg", "with-exif.jpg", "damaged.jpg"}) {
+        const std::string before = readFile(m_card.at(name));
+        const ToolResult result = runTool({"sheet", m_card.path(), "-o", m_card.at(name)});
+        EXPECT_EQ(result.status, 2) << name;
+        EXPECT_EQ(result.err, "fileimporter: " + m_card.at(name) +
+                                  ": that is one of the photos, which would be overwritten\n");
+        EXPECT_TRUE(readFile(m_card.at(name)) == before) << name;
+    }
 }
 
 class StoppedSheet : public Sheet {

@@ -44,10 +44,16 @@ CFStringRef writableType(std::string_view path) {
     return nullptr;
 }
 
-std::optional<std::string> obstacleTo(const std::string& path, const std::vector<std::string>& sources) {
-    const std::string folder = folderOf(path);
+std::optional<std::string> faultOfPlace(const std::string& path) {
+    const std::string folder = folderOf(path) + "/.";  // fails for a file, too
     if (access(folder.c_str(), W_OK | X_OK) != 0)
         return "no file can be written into that folder: " + std::string(strerror(errno));
+    struct stat status {};
+    if (stat(path.c_str(), &status) != 0 && errno != ENOENT) return strerror(errno);
+    return std::nullopt;
+}
+
+std::optional<std::string> obstacleTo(const std::string& path, const std::vector<std::string>& sources) {
     struct stat status {};
     if (stat(path.c_str(), &status) != 0) return std::nullopt;
     if (!S_ISREG(status.st_mode)) return "something that is not a file is there";

@@ -18,8 +18,12 @@ namespace fi {
 /// Extensions that writableType() knows, for people.
 inline constexpr const char* kWritableExtensions = ".jpg, .jpeg, .tif or .tiff";
 
-/// Why no file can be written there, found out before the work is done; nothing when it can. A file that
-/// is one of `sources` is never overwritten.
+/// Why no file of this name can be made there, as far as that shows before the work is done; nothing when
+/// it can.
+[[nodiscard]] std::optional<std::string> faultOfPlace(const std::string& path);
+
+/// What is there and must stay; nothing when a file may be written. A file that is one of `sources` is
+/// never overwritten.
 [[nodiscard]] std::optional<std::string> obstacleTo(const std::string& path,
                                                     const std::vector<std::string>& sources);
 

@@ -9,6 +9,9 @@
 #include "Console.h"
 #include "Finder.h"
 #include "OutputFile.h"
+#include "PictureFacts.h"
+#include "PlatformKit/ImageSource.h"
+#include "ResolvedPath.h"
 #include "SheetPainter.h"
 #include "Signals.h"
 
@@ -29,11 +32,26 @@ size_t paintPhotos(SheetPainter& painter, const std::vector<std::string>& photos
     return failed;
 }
 
+/// Sheets have sizes of their own and no Exif data. A photo must not be taken for one: it would be lost.
+bool isEarlierSheet(const std::string& path) {
+    const AutoreleasePool pool;
+    const auto source = ImageSource::open(CFURL::createFromPath(path).get());
+    const auto properties = source ? source->copyProperties(0) : nullptr;
+    if (!properties) return false;
+    PhotoFacts facts;
+    addPictureFacts(facts, *properties);
+    return facts.exif == false &&
+           SheetLayout::isPageSize(facts.width.value_or(0), facts.height.value_or(0));
+}
+
 }  // namespace
 
 SheetCommand::SheetCommand(CLI::App& tool) : Command(tool, "sheet", "Make a contact sheet of all photos") {
     addPaths(app(), "PATH", m_paths, "Cards, folders or single photos")->required()->option_text("...");
-    addPath(app(), "-o,--out", m_out, fmt::format("The sheet: a name in {}", kWritableExtensions).c_str())
+    addPath(app(), "-o,--out", m_out,
+            fmt::format("The sheet: a name in {}; an earlier one is replaced, and is no photo",
+                        kWritableExtensions)
+                .c_str())
         ->required()
         ->option_text("OUT");
     addNumber(app(), "--columns", m_columns, {1, SheetLayout::kMostColumns},
@@ -46,9 +64,14 @@ SheetCommand::SheetCommand(CLI::App& tool) : Command(tool, "sheet", "Make a cont
 }
 
 ExitStatus SheetCommand::run(Console& console) {
+    if (const auto fault = faultOfPlace(m_out)) {
+        console.complain(m_out, *fault);
+        return ExitStatus::SomeFailed;
+    }
     SearchOrder order;
     order.paths = m_paths;
-    const SearchResult found = findPhotos(order, console);
+    SearchResult found = findPhotos(order, console);
+    if (isEarlierSheet(m_out)) std::erase(found.photos, resolvedPath(m_out));
     if (found.photos.empty()) {
         console.complain("no photos were found");
         return ExitStatus::NothingFound;

@@ -87,6 +87,18 @@ std::optional<SheetLayout> SheetLayout::forPhotos(size_t photos, uint32_t column
     return ofSmallest(photos, columns);
 }
 
+bool SheetLayout::isPageSize(int64_t width, int64_t height) {
+    for (uint32_t side = kSmallestPicture; side <= kLargestPicture; ++side) {
+        const SheetLayout single(1, 1, side);
+        const int64_t furtherWidth = width - single.pageWidth();
+        const int64_t furtherHeight = height - single.pageHeight();
+        if (furtherWidth >= 0 && furtherWidth % single.cellWidth() == 0 && furtherHeight >= 0 &&
+            furtherHeight % single.cellHeight() == 0)
+            return true;
+    }
+    return false;
+}
+
 SheetLayout::Place SheetLayout::picture(size_t index) const {
     const auto column = static_cast<uint32_t>(index % m_columns);
     const auto row = static_cast<uint32_t>(index / m_columns);

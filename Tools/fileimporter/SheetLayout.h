@@ -30,6 +30,9 @@ public:
     /// does not do.
     static std::optional<SheetLayout> forPhotos(size_t photos, uint32_t columns);
 
+    /// True for the size of some sheet's page; hardly ever for that of another picture.
+    static bool isPageSize(int64_t width, int64_t height);
+
     [[nodiscard]] uint32_t columns() const { return m_columns; }
     [[nodiscard]] uint32_t rows() const { return m_rows; }
     [[nodiscard]] uint32_t pictureSide() const { return m_side; }
