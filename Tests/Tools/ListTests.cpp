@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // fileimporter list, from its command line to its exit status.
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/stat.h>
+#include <time.h>
 #include <unistd.h>
 
 #include <nlohmann/json.hpp>
@@ -139,6 +141,33 @@ TEST_F(List, JsonHasItsKeysAndNothingElse) {
     EXPECT_EQ(photo.at("type"), "jpeg");
     EXPECT_EQ(photo.at("bytes"), 5);
     EXPECT_EQ(photo.at("modified").get<std::string>().size(), std::string("2004-05-01T06:07:08").size());
+}
+
+TEST_F(List, TellsTheDateOfTheFile) {
+    const std::string photo = m_card.write("a.jpg", "x");
+    tm date{};
+    date.tm_year = 104;
+    date.tm_mon = 4;
+    date.tm_mday = 1;
+    date.tm_hour = 18;
+    date.tm_isdst = -1;
+    const timespec time{mktime(&date), 999'999'999};
+    const timespec times[2] = {time, time};
+    ASSERT_EQ(utimensat(AT_FDCWD, photo.c_str(), times, 0), 0);
+    EXPECT_EQ(listed(listCard()).at(0).at("modified"), "2004-05-01T18:00:00");
+}
+
+TEST_F(List, ADateThatNoCalendarTellsIsNull) {
+    const std::string photo = m_card.write("a.jpg", "x");
+    for (const int64_t seconds : {int64_t{-4'000'000'000'000}, int64_t{4'000'000'000'000}}) {
+        const timespec time{seconds, 0};
+        const timespec times[2] = {time, time};
+        struct stat status {};
+        if (utimensat(AT_FDCWD, photo.c_str(), times, 0) != 0 || stat(photo.c_str(), &status) != 0 ||
+            status.st_mtime != seconds)
+            GTEST_SKIP() << "the file system keeps no such date";
+        EXPECT_EQ(listed(listCard()).at(0).at("modified"), nullptr) << seconds;
+    }
 }
 
 TEST_F(List, AsTextItIsOneLineAPhoto) {

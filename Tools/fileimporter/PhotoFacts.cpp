@@ -5,12 +5,11 @@
 #include <fcntl.h>
 #include <strings.h>
 #include <sys/stat.h>
-#include <time.h>
 #include <unistd.h>
 
-#include <array>
 #include <cstring>
 
+#include "FileImporter/CFileImporterCocoa.h"
 #include "Text.h"
 
 namespace fi {
@@ -27,13 +26,12 @@ constexpr NamedType kTypes[] = {
     {"pic", "pict"}, {"pict", "pict"}, {"bmp", "bmp"},  {"pdf", "pdf"},   {"qal", "qal"},
 };
 
-std::optional<DateTimeRec> localDate(time_t seconds) {
-    struct tm parts {};
-    if (localtime_r(&seconds, &parts) == nullptr || parts.tm_year > INT16_MAX - 1900) return std::nullopt;
-    const auto field = [](int value) { return static_cast<int16_t>(value); };
-    return DateTimeRec{field(parts.tm_year + 1900), field(parts.tm_mon + 1), field(parts.tm_mday),
-                       field(parts.tm_hour),        field(parts.tm_min),     field(parts.tm_sec),
-                       field(parts.tm_wday)};
+/// Nothing for a date that the calendar cannot tell, too.
+std::optional<DateTimeRec> modificationDate(const std::string& path) {
+    DateTimeRec date{};
+    if (GetFileModDateCocoa(CFURL::createFromPath(path).get(), &date) != kNoErr || date == DateTimeRec{})
+        return std::nullopt;
+    return date;
 }
 
 PhotoError systemError(int number) {
@@ -85,7 +83,7 @@ PhotoFacts readFileFacts(const std::string& path) {
         return facts;
     }
     if (S_ISREG(status.st_mode)) facts.bytes = static_cast<uint64_t>(status.st_size);
-    facts.modified = localDate(status.st_mtime);
+    facts.modified = modificationDate(path);
     facts.error = faultOf(status);
     if (!facts.error) facts.error = faultOfOpening(path);
     return facts;
