@@ -39,23 +39,22 @@ std::string asClause(std::string_view sentence) {
     return clause;
 }
 
+/// Whatever is no fault of the picture's counts as a read that failed.
 OSErr codeOf(ImageError error) {
     switch (error) {
         case ImageError::None:
             return kNoErr;
-        case ImageError::CannotOpen:
-        case ImageError::NoMemory:
-            return kMemFullErr;
-        case ImageError::WriteFailed:
-            return kGenericErr;
         case ImageError::NotAnImage:
         case ImageError::NoSuchImage:
         case ImageError::Damaged:
         case ImageError::Unsupported:
         case ImageError::LimitExceeded:
             return kUnreadableImageErr;
+        case ImageError::WriteFailed:
+            return kGenericErr;
+        default:
+            return kMemFullErr;
     }
-    return kUnreadableImageErr;
 }
 
 }  // namespace

@@ -25,12 +25,11 @@ std::string_view shortReason(ImageError error) {
             return "too large";
         case ImageError::NoMemory:
             return "not enough memory";
-        case ImageError::None:
         case ImageError::Damaged:
-        case ImageError::WriteFailed:
-            break;
+            return "damaged";
+        default:
+            return "cannot be read";
     }
-    return "damaged";
 }
 
 /// The same for a file that is not even opened as a picture.
