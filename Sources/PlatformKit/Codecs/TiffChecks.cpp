@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "PlatformKit/Codecs/TiffChecks.h"
 
+#include <algorithm>
+
 #include <tiffio.h>
 
 #include "PlatformKit/Base/CheckedMath.h"
+#include "PlatformKit/Codecs/BandedPicture.h"
 #include "PlatformKit/Limits.h"
 
 namespace fi {
@@ -37,13 +40,38 @@ bool isHollow(TIFF* tiff, uint64_t unitBytes, uint64_t fileBytes) {
     return most != 0 && sampleBytes / most > fileBytes;
 }
 
+/// Bytes of strips or tiles that are held at a time: of separate planes, one of each color and an alpha.
+std::optional<uint64_t> heldUnitBytes(TIFF* tiff, uint64_t unitBytes) {
+    uint16_t planes = PLANARCONFIG_CONTIG;
+    uint16_t samples = 1;
+    TIFFGetFieldDefaulted(tiff, TIFFTAG_PLANARCONFIG, &planes);
+    TIFFGetFieldDefaulted(tiff, TIFFTAG_SAMPLESPERPIXEL, &samples);
+    const uint64_t count = planes == PLANARCONFIG_SEPARATE ? std::min<uint64_t>(samples, 4) : 1;
+    return checkedMultiply(unitBytes, count);
+}
+
+/// All memory of a decode to the floor; nullopt when it is beyond counting.
+std::optional<uint64_t> memoryFor(const TiffHandle& handle, uint32_t width, uint32_t height,
+                                  uint64_t unitBytes, SizeFloor floor) {
+    const bool gray = isGray(handle);
+    const uint32_t rows = tiffBandRows(handle);
+    auto memory = BandedPicture::bytesNeeded(
+        {width, height, gray ? PixelLayout::Gray8 : PixelLayout::RGBX32, rows}, floor);
+    const auto units = heldUnitBytes(handle.get(), unitBytes);
+    if (!memory || !units) return std::nullopt;
+    memory = checkedAdd(*memory, *units);
+    // Gray passes through four-byte words. The pixels of a band are those of the picture at most.
+    if (memory && gray) memory = checkedAdd(*memory, uint64_t{width} * rows * 4);
+    return memory;
+}
+
 CodecFailure tooMuch(const char* text) {
     return CodecFailure{CodecError::LimitExceeded, text};
 }
 
 }  // namespace
 
-std::optional<CodecFailure> checkTiffLimits(const TiffHandle& handle) {
+std::optional<CodecFailure> checkTiffLimits(const TiffHandle& handle, SizeFloor floor) {
     const DecodeLimits& limits = decodeLimits();
     TIFF* const tiff = handle.get();
     uint32_t width = 0;
@@ -60,9 +88,7 @@ std::optional<CodecFailure> checkTiffLimits(const TiffHandle& handle) {
     if (pixels > limits.maximumPixels) return tooMuch("The picture has more pixels than is allowed.");
     const tmsize_t unit = TIFFIsTiled(tiff) != 0 ? TIFFTileSize(tiff) : TIFFStripSize(tiff);
     if (unit <= 0) return CodecFailure{CodecError::Damaged, "The file's strips have no size."};
-    // Gray passes through four-byte words of at most the whole picture.
-    const uint64_t bytesPerPixel = isGray(handle) ? 5 : 4;
-    const auto memory = checkedAdd(pixels * bytesPerPixel, static_cast<uint64_t>(unit));
+    const auto memory = memoryFor(handle, width, height, static_cast<uint64_t>(unit), floor);
     if (!memory || *memory > limits.maximumBytes) {
         return tooMuch("The picture needs more memory than is allowed.");
     }
@@ -70,6 +96,19 @@ std::optional<CodecFailure> checkTiffLimits(const TiffHandle& handle) {
         return CodecFailure{CodecError::Damaged, "The file is far too short for its picture."};
     }
     return std::nullopt;
+}
+
+uint32_t tiffBandRows(const TiffHandle& handle) {
+    TIFF* const tiff = handle.get();
+    uint32_t height = 0;
+    uint32_t rows = 0;
+    TIFFGetField(tiff, TIFFTAG_IMAGELENGTH, &height);
+    if (TIFFIsTiled(tiff) != 0) {
+        TIFFGetField(tiff, TIFFTAG_TILELENGTH, &rows);
+    } else {
+        TIFFGetFieldDefaulted(tiff, TIFFTAG_ROWSPERSTRIP, &rows);
+    }
+    return rows == 0 ? height : std::min(rows, height);
 }
 
 bool saysAlpha(const TiffHandle& handle) {

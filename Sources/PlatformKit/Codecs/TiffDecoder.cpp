@@ -42,34 +42,40 @@ TiffDecoder::~TiffDecoder() {
     if (m_raster->begun) TIFFRGBAImageEnd(&m_raster->image);
 }
 
-CodecResult<DecodedPicture> TiffDecoder::decode() {
+CodecResult<DecodedPicture> TiffDecoder::decode(SizeFloor floor) {
     if (auto refusal = begin()) return Failure{std::move(*refusal)};
     const TIFFRGBAImage& image = m_raster->image;
-    auto pixels = PixelBuffer::create(image.width, image.height,
-                                      m_raster->gray ? PixelLayout::Gray8 : PixelLayout::RGBX32);
-    if (!pixels) {
+    const uint32_t bandRows = tiffBandRows(m_handle);
+    auto picture = BandedPicture::create(
+        {image.width, image.height, m_raster->gray ? PixelLayout::Gray8 : PixelLayout::RGBX32, bandRows},
+        floor);
+    if (!picture) {
         return Failure{failure(CodecError::NoMemory, "There is not enough memory for the picture.")};
     }
+    if (m_raster->gray) m_band.resize(size_t{image.width} * bandRows);
     const uint32_t errorsAtFirst = m_handle.errors();
     m_handle.fillUpCutData();
-    const uint32_t step = bandRows();
-    if (m_raster->gray) m_band.resize(size_t{image.width} * step);
-    bool anyWhole = false;
-    for (uint32_t y = 0; y < image.height; y += step) {
-        const uint32_t errorsBefore = m_handle.errors();
-        const uint32_t rows = std::min(step, image.height - y);
-        if (!readBand(*pixels, y, rows)) {
-            markUnread(*pixels, y, rows);
-        } else if (m_handle.errors() == errorsBefore) {
-            anyWhole = true;
-        }
-        if (image.height - y <= step) break;  // the sum might wrap
-    }
-    if (!anyWhole && isOneColor(*pixels)) {
+    if (!readBands(*picture) && isOneColor(picture->result())) {
         return Failure{
             failure(CodecError::Damaged, "No part of the picture can be read: " + m_handle.lastError())};
     }
-    return DecodedPicture{std::move(*pixels), m_handle.errors() > errorsAtFirst};
+    return DecodedPicture{picture->takeResult(), m_handle.errors() > errorsAtFirst};
+}
+
+bool TiffDecoder::readBands(BandedPicture& picture) {
+    bool anyWhole = false;
+    for (uint32_t top = 0; !picture.isComplete();) {
+        const BandedPicture::Band band = picture.begin();
+        const uint32_t errorsBefore = m_handle.errors();
+        if (!readBand(band, top)) {
+            markUnread(band.pixels, band.first, band.rows);
+        } else if (m_handle.errors() == errorsBefore) {
+            anyWhole = true;
+        }
+        picture.finish(band);
+        top += band.rows;
+    }
+    return anyWhole;
 }
 
 std::optional<CodecFailure> TiffDecoder::begin() {
@@ -101,38 +107,28 @@ void TiffDecoder::giveExactTileBuffer() {
     TIFFReadBufferSetup(tiff, m_tile.data(), static_cast<tmsize_t>(m_tile.size()));
 }
 
-uint32_t TiffDecoder::bandRows() const {
-    const TIFFRGBAImage& image = m_raster->image;
-    uint32_t rows = 0;
-    if (TIFFIsTiled(m_handle.get()) != 0) {
-        TIFFGetField(m_handle.get(), TIFFTAG_TILELENGTH, &rows);
-    } else {
-        TIFFGetFieldDefaulted(m_handle.get(), TIFFTAG_ROWSPERSTRIP, &rows);
-    }
-    return rows == 0 ? image.height : std::min(rows, image.height);
-}
-
-bool TiffDecoder::readBand(PixelBuffer& pixels, uint32_t first, uint32_t rows) {
+bool TiffDecoder::readBand(const BandedPicture::Band& band, uint32_t top) {
     TIFFRGBAImage& image = m_raster->image;
-    image.row_offset = static_cast<int>(first);
+    image.row_offset = static_cast<int>(top);
     image.col_offset = 0;
     // libtiff packs its rows. They are read to where the band begins and moved apart afterwards.
     uint32_t* const raster =
-        m_raster->gray ? m_band.data() : static_cast<uint32_t*>(static_cast<void*>(pixels.row(first)));
-    if (TIFFRGBAImageGet(&image, raster, image.width, rows) == 0) return false;
+        m_raster->gray ? m_band.data() : static_cast<uint32_t*>(static_cast<void*>(band.row(0)));
+    if (TIFFRGBAImageGet(&image, raster, image.width, band.rows) == 0) return false;
     if (m_raster->gray) {
-        takeGray(pixels, first, rows);
+        takeGray(band);
     } else {
-        spreadRows(pixels, first, rows);
+        spreadRows(band);
     }
     return true;
 }
 
-void TiffDecoder::spreadRows(PixelBuffer& pixels, uint32_t first, uint32_t rows) const {
-    const size_t bytes = size_t{pixels.width()} * 4;
-    for (uint32_t i = rows; i-- > 0;) {
-        uint8_t* row = pixels.row(first + i);
-        std::memmove(row, pixels.row(first) + bytes * i, bytes);
+void TiffDecoder::spreadRows(const BandedPicture::Band& band) const {
+    const uint32_t width = m_raster->image.width;
+    const size_t bytes = size_t{width} * 4;
+    for (uint32_t i = band.rows; i-- > 0;) {
+        uint8_t* row = band.row(i);
+        std::memmove(row, band.row(0) + bytes * i, bytes);
         for (size_t at = 0; at < bytes; at += 4) {
             uint32_t word = 0;
             std::memcpy(&word, row + at, 4);
@@ -140,15 +136,15 @@ void TiffDecoder::spreadRows(PixelBuffer& pixels, uint32_t first, uint32_t rows)
             std::memcpy(row + at, &word, 4);
             if (!m_raster->transparent) row[at + 3] = 255;
         }
-        if (m_raster->transparent) layOnWhite(row, pixels.width());
+        if (m_raster->transparent) layOnWhite(row, width);
     }
 }
 
-void TiffDecoder::takeGray(PixelBuffer& pixels, uint32_t first, uint32_t rows) const {
+void TiffDecoder::takeGray(const BandedPicture::Band& band) const {
     const uint32_t* word = m_band.data();
-    for (uint32_t y = first; y < first + rows; ++y) {
-        uint8_t* row = pixels.row(y);
-        for (uint32_t x = 0; x < pixels.width(); ++x, ++word) {
+    for (uint32_t i = 0; i < band.rows; ++i) {
+        uint8_t* row = band.row(i);
+        for (uint32_t x = 0; x < m_raster->image.width; ++x, ++word) {
             const uint32_t level = TIFFGetR(*word);
             const uint32_t white = m_raster->transparent ? 255 - TIFFGetA(*word) : 0;
             row[x] = static_cast<uint8_t>(std::min(level + white, 255U));

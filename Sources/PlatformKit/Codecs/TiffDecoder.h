@@ -5,6 +5,7 @@
 #include <memory>
 #include <vector>
 
+#include "PlatformKit/Codecs/BandedPicture.h"
 #include "PlatformKit/Codecs/CodecTypes.h"
 #include "PlatformKit/Codecs/TiffHandle.h"
 
@@ -18,17 +19,18 @@ public:
     TiffDecoder(const TiffDecoder&) = delete;
     TiffDecoder& operator=(const TiffDecoder&) = delete;
 
-    CodecResult<DecodedPicture> decode();
+    CodecResult<DecodedPicture> decode(SizeFloor floor);
 
 private:
     struct Raster;
 
     [[nodiscard]] std::optional<CodecFailure> begin();
     void giveExactTileBuffer();
-    [[nodiscard]] uint32_t bandRows() const;
-    bool readBand(PixelBuffer& pixels, uint32_t first, uint32_t rows);
-    void spreadRows(PixelBuffer& pixels, uint32_t first, uint32_t rows) const;
-    void takeGray(PixelBuffer& pixels, uint32_t first, uint32_t rows) const;
+    /// Reads every band; false when none was whole.
+    bool readBands(BandedPicture& picture);
+    bool readBand(const BandedPicture::Band& band, uint32_t top);
+    void spreadRows(const BandedPicture::Band& band) const;
+    void takeGray(const BandedPicture::Band& band) const;
 
     TiffHandle& m_handle;
     std::unique_ptr<Raster> m_raster;

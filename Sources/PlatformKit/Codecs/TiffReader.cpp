@@ -111,10 +111,10 @@ CodecResult<ImageHeader> readFacts(TIFF* tiff, uint32_t pageCount) {
     return header;
 }
 
-CodecResult<DecodedPicture> decodePage(TiffHandle& handle) {
-    if (auto refusal = checkTiffLimits(handle)) return Failure{std::move(*refusal)};
+CodecResult<DecodedPicture> decodePage(TiffHandle& handle, SizeFloor floor) {
+    if (auto refusal = checkTiffLimits(handle, floor)) return Failure{std::move(*refusal)};
     TiffSampleDecoder samples(handle);
-    return samples.accepts() ? samples.decode() : TiffDecoder(handle).decode();
+    return samples.accepts() ? samples.decode(floor) : TiffDecoder(handle).decode(floor);
 }
 
 }  // namespace
@@ -131,9 +131,9 @@ CodecResult<ImageHeader> readTiffHeader(ByteSource& source, uint32_t page) {
     });
 }
 
-CodecResult<DecodedPicture> decodeTiff(ByteSource& source, uint32_t page, SizeFloor) {
-    return onPage<DecodedPicture>(source, page,
-                                  [](TiffHandle& handle, uint32_t) { return decodePage(handle); });
+CodecResult<DecodedPicture> decodeTiff(ByteSource& source, uint32_t page, SizeFloor floor) {
+    return onPage<DecodedPicture>(
+        source, page, [floor](TiffHandle& handle, uint32_t) { return decodePage(handle, floor); });
 }
 
 }  // namespace fi

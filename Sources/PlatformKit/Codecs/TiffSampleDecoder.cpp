@@ -38,13 +38,8 @@ void TiffSampleDecoder::describe() {
     m_separate = shortField(tiff, TIFFTAG_PLANARCONFIG) == PLANARCONFIG_SEPARATE;
     m_tiled = TIFFIsTiled(tiff) != 0;
     m_unitWidth = m_width;
-    if (m_tiled) {
-        TIFFGetField(tiff, TIFFTAG_TILEWIDTH, &m_unitWidth);
-        TIFFGetField(tiff, TIFFTAG_TILELENGTH, &m_unitHeight);
-    } else {
-        TIFFGetFieldDefaulted(tiff, TIFFTAG_ROWSPERSTRIP, &m_unitHeight);
-        m_unitHeight = std::min(m_unitHeight, m_height);
-    }
+    if (m_tiled) TIFFGetField(tiff, TIFFTAG_TILEWIDTH, &m_unitWidth);
+    m_bandRows = tiffBandRows(m_handle);
     m_alpha = m_photometric == PHOTOMETRIC_RGB && m_samples > 3 && saysAlpha(m_handle);
     uint16_t count = 0;
     uint16_t* kinds = nullptr;
@@ -54,7 +49,7 @@ void TiffSampleDecoder::describe() {
 }
 
 bool TiffSampleDecoder::accepts() const {
-    if (!m_format.isKnown() || m_unitWidth == 0 || m_unitHeight == 0 || m_samples < colors()) return false;
+    if (!m_format.isKnown() || m_unitWidth == 0 || m_samples < colors()) return false;
     const uint32_t bits = m_format.bits;
     if (m_format.floating) return colors() > 1 || isGray(m_handle);
     switch (m_photometric) {
@@ -76,10 +71,12 @@ uint32_t TiffSampleDecoder::colors() const {
     return m_photometric == PHOTOMETRIC_SEPARATED ? 4 : 1;
 }
 
-CodecResult<DecodedPicture> TiffSampleDecoder::decode() {
-    auto pixels =
-        PixelBuffer::create(m_width, m_height, colors() == 1 ? PixelLayout::Gray8 : PixelLayout::RGBX32);
-    if (!pixels) {
+CodecResult<DecodedPicture> TiffSampleDecoder::decode(SizeFloor floor) {
+    auto picture =
+        BandedPicture::create({m_width, m_height, colors() == 1 ? PixelLayout::Gray8 : PixelLayout::RGBX32,
+                               tiffBandRows(m_handle)},
+                              floor);
+    if (!picture) {
         return Failure{CodecFailure{CodecError::NoMemory, "There is not enough memory for the picture."}};
     }
     TIFF* const tiff = m_handle.get();
@@ -87,32 +84,36 @@ CodecResult<DecodedPicture> TiffSampleDecoder::decode() {
     m_buffer.resize(static_cast<size_t>(m_tiled ? TIFFTileSize(tiff) : TIFFStripSize(tiff)));
     const uint32_t errorsBefore = m_handle.errors();
     m_handle.fillUpCutData();
-    const uint32_t planes = m_separate ? colors() + (m_alpha ? 1 : 0) : 1;
-    bool anyWhole = false;
-    for (uint32_t plane = 0; plane < planes; ++plane) {
-        anyWhole = readPlane(*pixels, plane) || anyWhole;
-    }
-    for (uint32_t y = 0; y < m_height; ++y) {
-        finishRow(pixels->row(y));
-    }
-    if (!anyWhole && isOneColor(*pixels)) {
+    if (!readBands(*picture) && isOneColor(picture->result())) {
         return Failure{CodecFailure{CodecError::Damaged,
                                     "No part of the picture can be read: " + m_handle.lastError()}};
     }
-    return DecodedPicture{std::move(*pixels), m_handle.errors() > errorsBefore};
+    return DecodedPicture{picture->takeResult(), m_handle.errors() > errorsBefore};
 }
 
-/// Reads every strip or tile of a plane; false when none was whole.
-bool TiffSampleDecoder::readPlane(PixelBuffer& pixels, uint32_t plane) {
+bool TiffSampleDecoder::readBands(BandedPicture& picture) {
+    const uint32_t planes = m_separate ? colors() + (m_alpha ? 1 : 0) : 1;
     bool anyWhole = false;
-    for (uint64_t top = 0; top < m_height; top += m_unitHeight) {
-        for (uint64_t left = 0; left < m_width; left += m_unitWidth) {
-            Unit unit{static_cast<uint32_t>(left), static_cast<uint32_t>(top), 0, 0, plane};
-            unit.width = std::min(m_unitWidth, m_width - unit.left);
-            unit.height = std::min(m_unitHeight, m_height - unit.top);
-            anyWhole = readUnit(unit) || anyWhole;
-            takeUnit(pixels, unit);
-        }
+    for (uint32_t top = 0; !picture.isComplete();) {
+        const BandedPicture::Band band = picture.begin();
+        for (uint32_t plane = 0; plane < planes; ++plane)
+            anyWhole = readPlane(band, top, plane) || anyWhole;
+        for (uint32_t i = 0; i < band.rows; ++i)
+            finishRow(band.row(i));
+        picture.finish(band);
+        top += band.rows;
+    }
+    return anyWhole;
+}
+
+/// Reads every strip or tile of a band in one plane; false when none was whole.
+bool TiffSampleDecoder::readPlane(const BandedPicture::Band& band, uint32_t top, uint32_t plane) {
+    bool anyWhole = false;
+    for (uint64_t left = 0; left < m_width; left += m_unitWidth) {
+        Unit unit{static_cast<uint32_t>(left), top, 0, band.rows, plane};
+        unit.width = std::min(m_unitWidth, m_width - unit.left);
+        anyWhole = readUnit(unit) || anyWhole;
+        takeUnit(band, unit);
     }
     return anyWhole;
 }
@@ -132,22 +133,22 @@ bool TiffSampleDecoder::readUnit(const Unit& unit) {
     return m_handle.errors() == errorsBefore;
 }
 
-void TiffSampleDecoder::takeUnit(PixelBuffer& pixels, const Unit& unit) const {
-    if (m_separate) return takePlane(pixels, unit, unit.plane, 0);
+void TiffSampleDecoder::takeUnit(const BandedPicture::Band& band, const Unit& unit) const {
+    if (m_separate) return takePlane(band, unit, unit.plane, 0);
     const uint32_t channels = colors() + (m_alpha ? 1 : 0);
     for (uint32_t channel = 0; channel < channels; ++channel) {
-        takePlane(pixels, unit, channel, channel);
+        takePlane(band, unit, channel, channel);
     }
 }
 
-void TiffSampleDecoder::takePlane(PixelBuffer& pixels, const Unit& unit, uint32_t channel,
+void TiffSampleDecoder::takePlane(const BandedPicture::Band& band, const Unit& unit, uint32_t channel,
                                   uint32_t sample) const {
-    const uint32_t pixelBytes = bytesPerPixel(pixels.layout());
+    const uint32_t pixelBytes = bytesPerPixel(band.pixels.layout());
     const std::span<const uint8_t> bytes(m_buffer);
     for (uint32_t y = 0; y < unit.height; ++y) {
         const size_t start = std::min(m_rowBytes * y, bytes.size());
         const auto row = bytes.subspan(start, std::min(m_rowBytes, bytes.size() - start));
-        uint8_t* out = pixels.row(unit.top + y) + size_t{unit.left} * pixelBytes + channel;
+        uint8_t* out = band.row(y) + size_t{unit.left} * pixelBytes + channel;
         takeSamples(row, m_format, sample, m_separate ? 1 : m_samples, unit.width, out, pixelBytes);
     }
 }

@@ -4,6 +4,7 @@
 
 #include <vector>
 
+#include "PlatformKit/Codecs/BandedPicture.h"
 #include "PlatformKit/Codecs/CodecTypes.h"
 #include "PlatformKit/Codecs/TiffHandle.h"
 #include "PlatformKit/Codecs/TiffSamples.h"
@@ -18,7 +19,7 @@ public:
     /// True for the pages that this decoder is for.
     [[nodiscard]] bool accepts() const;
 
-    CodecResult<DecodedPicture> decode();
+    CodecResult<DecodedPicture> decode(SizeFloor floor);
 
 private:
     /// A strip or a tile: its place in the picture, and how it lies in the buffer.
@@ -32,10 +33,13 @@ private:
 
     void describe();
     [[nodiscard]] uint32_t colors() const;
+    /// Reads every band; false when no strip or tile was whole.
+    bool readBands(BandedPicture& picture);
+    bool readPlane(const BandedPicture::Band& band, uint32_t top, uint32_t plane);
     bool readUnit(const Unit& unit);
-    void takeUnit(PixelBuffer& pixels, const Unit& unit) const;
-    void takePlane(PixelBuffer& pixels, const Unit& unit, uint32_t channel, uint32_t sample) const;
-    bool readPlane(PixelBuffer& pixels, uint32_t plane);
+    void takeUnit(const BandedPicture::Band& band, const Unit& unit) const;
+    void takePlane(const BandedPicture::Band& band, const Unit& unit, uint32_t channel,
+                   uint32_t sample) const;
     void finishRow(uint8_t* row) const;
 
     TiffHandle& m_handle;
@@ -49,7 +53,7 @@ private:
     bool m_alpha = false;
     bool m_multiplied = false;
     uint32_t m_unitWidth = 0;
-    uint32_t m_unitHeight = 0;
+    uint32_t m_bandRows = 0;
     size_t m_rowBytes = 0;
     std::vector<uint8_t> m_buffer;
 };

@@ -52,6 +52,41 @@ double meanDifference(const PixelBuffer& a, const PixelBuffer& b) {
     return static_cast<double>(sum) / static_cast<double>(bytes * a.height());
 }
 
+namespace {
+
+/// The mean of one color over the block of `large` that pixel `x`, `y` of `small` stands for.
+uint32_t blockMean(const PixelBuffer& small, const PixelBuffer& large, uint32_t x, uint32_t y,
+                   uint32_t color) {
+    const uint32_t bytes = bytesPerPixel(large.layout());
+    uint64_t sum = 0;
+    uint64_t count = 0;
+    for (uint32_t row = y * large.height() / small.height();
+         row < (y + 1) * large.height() / small.height(); ++row) {
+        for (uint32_t column = x * large.width() / small.width();
+             column < (x + 1) * large.width() / small.width(); ++column) {
+            sum += large.row(row)[size_t{column} * bytes + color];
+            ++count;
+        }
+    }
+    return static_cast<uint32_t>((2 * sum + count) / (2 * count));
+}
+
+}  // namespace
+
+bool isBlockMeanOf(const PixelBuffer& small, const PixelBuffer& large) {
+    if (small.layout() != large.layout()) return false;
+    const uint32_t bytes = bytesPerPixel(small.layout());
+    for (uint32_t y = 0; y < small.height(); ++y) {
+        for (uint32_t x = 0; x < small.width(); ++x) {
+            for (uint32_t color = 0; color < bytes; ++color) {
+                if (small.row(y)[size_t{x} * bytes + color] != blockMean(small, large, x, y, color))
+                    return false;
+            }
+        }
+    }
+    return true;
+}
+
 std::vector<uint8_t> jpegOf(const PixelBuffer& picture, double quality) {
     std::vector<uint8_t> bytes;
     const auto failure =

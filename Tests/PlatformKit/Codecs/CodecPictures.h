@@ -17,6 +17,10 @@ namespace fi::test {
 /// Mean of the absolute differences of all color bytes; pictures of different shapes differ by 255.
 [[nodiscard]] double meanDifference(const PixelBuffer& a, const PixelBuffer& b);
 
+/// True when each color of each pixel of `small` is the mean, rounded half up, of its block of `large`; the
+/// blocks lie evenly over it.
+[[nodiscard]] bool isBlockMeanOf(const PixelBuffer& small, const PixelBuffer& large);
+
 [[nodiscard]] std::vector<uint8_t> jpegOf(const PixelBuffer& picture, double quality = 1.0);
 
 /// `jpeg` with a segment of the marker behind its start-of-image.

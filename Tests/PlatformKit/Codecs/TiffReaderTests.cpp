@@ -69,6 +69,93 @@ TEST(TiffReader, EveryLayoutGivesExactlyTheSamePixels) {
     }
 }
 
+TEST(TiffReader, AFloorGivesTheMeanOfBlocksInEveryLayout) {
+    for (const TiffKind kind : {TiffKind::Rgb, TiffKind::Gray, TiffKind::InvertedGray, TiffKind::Cmyk,
+                                TiffKind::RgbAlpha, TiffKind::Palette, TiffKind::OneBit}) {
+        const bool gray =
+            kind == TiffKind::Gray || kind == TiffKind::InvertedGray || kind == TiffKind::OneBit;
+        const auto layout = gray ? PixelLayout::Gray8 : PixelLayout::RGBX32;
+        for (const uint32_t tile : {0U, 16U}) {
+            for (const uint32_t rowsPerStrip : {1U, 5U, 67U}) {
+                TiffRecipe recipe;
+                recipe.kind = kind;
+                recipe.tile = tile;
+                recipe.rowsPerStrip = rowsPerStrip;
+                const auto bytes = makeTiff(makePicture(101, 67, layout), recipe);
+                const auto full = decode(bytes);
+                MemorySource source(bytes);
+                const auto small = decodeTiff(source, 0, {20, 13});
+                ASSERT_TRUE(full && small);
+                EXPECT_EQ(small->pixels.width(), 20U);
+                EXPECT_EQ(small->pixels.height(), 13U);
+                EXPECT_FALSE(small->damaged);
+                EXPECT_TRUE(isBlockMeanOf(small->pixels, full->pixels)) << tile << " " << rowsPerStrip;
+            }
+        }
+    }
+}
+
+TEST(TiffReader, AFloorGivesTheMeanOfBlocksInDepthsOfManyBitsAndInPlanes) {
+    for (const bool planar : {false, true}) {
+        for (const int bits : {8, 16}) {
+            for (const TiffKind kind : {TiffKind::Rgb, TiffKind::Gray, TiffKind::Cmyk}) {
+                TiffRecipe recipe;
+                recipe.kind = kind;
+                recipe.bits = bits;
+                recipe.planar = planar;
+                const auto layout = kind == TiffKind::Gray ? PixelLayout::Gray8 : PixelLayout::RGBX32;
+                const auto bytes = makeTiff(makePicture(101, 67, layout), recipe);
+                const auto full = decode(bytes);
+                MemorySource source(bytes);
+                const auto small = decodeTiff(source, 0, {20, 13});
+                ASSERT_TRUE(full && small) << planar << " " << bits;
+                EXPECT_EQ(small->pixels.width(), 20U);
+                EXPECT_TRUE(isBlockMeanOf(small->pixels, full->pixels)) << planar << " " << bits;
+            }
+        }
+    }
+}
+
+TEST(TiffReader, AFloorNeedsMemoryForTheBandsAndTheResultAlone) {
+    const auto decodes = [](uint32_t rowsPerStrip, TiffKind kind, SizeFloor floor) {
+        const auto layout = kind == TiffKind::Gray ? PixelLayout::Gray8 : PixelLayout::RGBX32;
+        TiffRecipe recipe;
+        recipe.kind = kind;
+        recipe.compression = 8;
+        recipe.rowsPerStrip = rowsPerStrip;
+        const auto bytes = makeTiff(makePicture(1000, 800, layout), recipe);
+        const ScopedLimits limits([](DecodeLimits& l) { l.maximumBytes = 500'000; });
+        MemorySource source(bytes);
+        const auto picture = decodeTiff(source, 0, floor);
+        EXPECT_TRUE(picture || picture.reason().code == CodecError::LimitExceeded);
+        return picture.ok();
+    };
+    for (const TiffKind kind : {TiffKind::Gray, TiffKind::Rgb}) {
+        EXPECT_TRUE(decodes(16, kind, {100, 80}));
+        EXPECT_FALSE(decodes(16, kind, {}));
+        EXPECT_FALSE(decodes(16, kind, {900, 700}));
+        EXPECT_FALSE(decodes(800, kind, {100, 80})) << "a strip counts as well";
+    }
+}
+
+TEST(TiffReader, RowsThatCannotBeReadAreGrayInAReducedPictureToo) {
+    TiffRecipe recipe;
+    recipe.compression = 5;
+    recipe.rowsPerStrip = 10;
+    const auto bytes = makeTiff(makePicture(200, 200, PixelLayout::RGBX32), recipe);
+    const auto decodeWithHole = [&](SizeFloor floor) {
+        CountingSource source(bytes);
+        source.makeHole(bytes.size() * 4 / 10, bytes.size() * 7 / 10);
+        return decodeTiff(source, 0, floor);
+    };
+    const auto full = decodeWithHole({});
+    const auto small = decodeWithHole({40, 40});
+    ASSERT_TRUE(full && small);
+    EXPECT_TRUE(small->damaged);
+    EXPECT_EQ(small->pixels.width(), 40U);
+    EXPECT_TRUE(isBlockMeanOf(small->pixels, full->pixels));
+}
+
 TEST(TiffReader, EveryCornerSizeComesBackExactly) {
     struct Size {
         uint32_t width;
