@@ -42,13 +42,13 @@ public:
     /// A gray page takes the green component.
     void fillRect(const CGContextRect& rect, CGContextColor color);
 
-    /// Draws the whole image into `rect`: an exact copy when the sizes are equal, otherwise scaled with
-    /// high quality. False, and nothing drawn, without memory and for colour on a gray page.
+    /// Draws the whole image, BORROWED, into `rect`: an exact copy when the sizes are equal, otherwise
+    /// scaled with high quality. False, and nothing drawn, without memory and for colour on a gray page.
     [[nodiscard]] bool drawImage(const CGImage& image, const CGContextRect& rect);
 
-    /// Lays `color` over the page as far as `coverage` says: `rect.height` rows from the top, each
-    /// `rowBytes` bytes apart with one byte a pixel, 0 for none and 255 for all. False, and nothing drawn,
-    /// when there are fewer bytes than that.
+    /// Lays `color` over the page as far as `coverage`, BORROWED, says: `rect.height` rows from the top,
+    /// each `rowBytes` bytes apart with one byte a pixel, 0 for none and 255 for all. False, and nothing
+    /// drawn, when there are fewer bytes than that.
     [[nodiscard]] bool drawMask(const CGContextRect& rect, std::span<const uint8_t> coverage,
                                 size_t rowBytes, CGContextColor color);
 

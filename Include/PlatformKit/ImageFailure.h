@@ -20,10 +20,11 @@ enum class ImageError : uint8_t {
     WriteFailed,
 };
 
-/// Filled in by an operation that fails, left alone by one that succeeds.
+/// Filled in by an operation that fails, left alone by one that succeeds. Operations BORROW it for the
+/// length of their call.
 struct ImageFailure {
     ImageError code = ImageError::None;
-    Ref<const CFString> text;  ///< one plain sentence for a person; null with None
+    Ref<const CFString> text;  ///< OWNED by the record: one plain sentence for a person; null with None
 };
 
 }  // namespace fi

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The keys of the dictionary that ImageSource::copyProperties() gives.
+// The keys of the dictionary that ImageSource::copyProperties() gives. All are BORROWED: they are constants
+// that live as long as the library.
 #pragma once
 
 #include "PlatformKit/String.h"

@@ -19,10 +19,10 @@ class ImageReader;
 /// a time. Every operation that can fail takes an optional `failure`, filled in when it does.
 class FI_EXPORT ImageSource final : public NSObject {
 public:
-    /// OWNED. Null when no regular file can be read there (pipes and devices are never waited for) or its
-    /// content is not recognised.
+    /// OWNED; the URL is BORROWED. Null when no regular file can be read there (pipes and devices are never
+    /// waited for) or its content is not recognised.
     static Ref<ImageSource> open(CFURLRef url, ImageFailure* failure = nullptr);
-    /// OWNED. From bytes in memory, which it keeps; null when they are not recognised.
+    /// OWNED. From bytes in memory, which it retains; null when they are not recognised.
     static Ref<ImageSource> openData(CFDataRef data, ImageFailure* failure = nullptr);
 
     /// Pictures in the file; 0 when its header cannot be read.
