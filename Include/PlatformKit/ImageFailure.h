@@ -18,6 +18,7 @@ enum class ImageError : uint8_t {
     LimitExceeded,  ///< larger than a single photo may be
     NoMemory,
     WriteFailed,
+    ReadFailed,  ///< the system failed to read the file: a pulled card, a broken disk
 };
 
 /// Filled in by an operation that fails, left alone by one that succeeds. Operations BORROW it for the

@@ -34,7 +34,8 @@ public:
                                                          ImageFailure* failure = nullptr) const;
 
     /// OWNED. The picture in its full size, gray in 8 bits or colour in 32; null when it cannot be
-    /// decoded. A file that is cut gives what is there (CGImage::isDamaged()).
+    /// decoded. A file that is cut gives what is there (CGImage::isDamaged()); one that
+    /// cannot be read to its end, because the system fails, gives nothing but ImageError::ReadFailed.
     [[nodiscard]] Ref<const CGImage> createImage(uint32_t index, ImageFailure* failure = nullptr) const;
 
     /// OWNED. The picture in the smallest size that it can be decoded in quickly and that is not below

@@ -21,6 +21,9 @@ public:
     /// when reading failed (a pulled card), which a codec treats as a cut file.
     [[nodiscard]] virtual size_t read(uint64_t offset, std::span<uint8_t> out) = 0;
 
+    /// True once a read met an error rather than the end: what looks like a cut file may be whole.
+    [[nodiscard]] virtual bool failed() const { return false; }
+
 protected:
     ByteSource() = default;
     ByteSource(const ByteSource&) = delete;

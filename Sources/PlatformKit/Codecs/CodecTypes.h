@@ -20,6 +20,7 @@ enum class CodecError : uint8_t {
     Unsupported,    ///< a kind of picture that is not read
     LimitExceeded,  ///< a limit of DecodeLimits; the text names it
     NoMemory,
+    ReadFailed,  ///< the bytes could not be read: nothing is known about the picture
     WriteFailed,
 };
 

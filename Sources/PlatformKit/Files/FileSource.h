@@ -17,8 +17,7 @@ public:
 
     [[nodiscard]] uint64_t size() const override { return m_size; }
     [[nodiscard]] size_t read(uint64_t offset, std::span<uint8_t> out) override;
-    /// True once a read met an error rather than the end.
-    [[nodiscard]] bool failed() const { return m_failed; }
+    [[nodiscard]] bool failed() const override { return m_failed; }
 
 private:
     int m_descriptor;

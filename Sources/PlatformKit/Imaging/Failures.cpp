@@ -17,6 +17,8 @@ ImageError publicCode(CodecError code) {
             return ImageError::LimitExceeded;
         case CodecError::NoMemory:
             return ImageError::NoMemory;
+        case CodecError::ReadFailed:
+            return ImageError::ReadFailed;
         case CodecError::WriteFailed:
             return ImageError::WriteFailed;
     }

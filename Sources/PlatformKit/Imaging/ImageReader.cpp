@@ -21,11 +21,24 @@ Ref<const CFData> profileData(const std::vector<uint8_t>& profile) {
 
 }  // namespace
 
+CodecFailure readFailure() {
+    return CodecFailure{CodecError::ReadFailed, "Reading the file failed."};
+}
+
+CodecResult<ImageHeader> ImageReader::readHeader(uint32_t index) {
+    const bool failedBefore = m_source->failed();
+    auto header = m_format.readHeader(*m_source, index);
+    // A header that was read while the source failed may be whole but for what matters, a profile say.
+    const bool harmed = !header || !failedBefore;
+    if (m_source->failed() && harmed) return Failure{readFailure()};
+    return header;
+}
+
 const CodecResult<ImageHeader>& ImageReader::header(uint32_t index) {
-    if (!m_first) m_first.emplace(m_format.readHeader(*m_source, 0));
+    if (!m_first) m_first.emplace(readHeader(0));
     if (index == 0) return *m_first;
     if (!m_other || m_other->index != index) {
-        m_other.emplace(IndexedHeader{index, m_format.readHeader(*m_source, index)});
+        m_other.emplace(IndexedHeader{index, readHeader(index)});
     }
     return m_other->header;
 }
@@ -48,7 +61,10 @@ bool ImageReader::has(uint32_t index, ImageFailure* failure) {
 const TiffDirectorySet* ImageReader::directories() {
     if (!m_triedDirectories) {
         m_triedDirectories = true;
-        if (const auto& first = header(0)) m_directories = m_format.readDirectories(*m_source, *first);
+        const auto& first = header(0);
+        const bool failedBefore = m_source->failed();
+        if (first) m_directories = m_format.readDirectories(*m_source, *first);
+        m_lostMetadata = m_source->failed() && !failedBefore;
     }
     return m_directories ? &*m_directories : nullptr;
 }
@@ -71,6 +87,7 @@ CodecResult<ReadPicture> ImageReader::decode(uint32_t index, SizeFloor floor) {
     const auto& facts = header(index);
     if (!facts) return facts.failure();
     auto decoded = m_format.decode(*m_source, index, floor);
+    if (m_source->failed() && (!decoded || decoded->damaged)) return Failure{readFailure()};
     if (!decoded) return decoded.failure();
     ReadPicture picture;
     picture.traits.colorSpace =

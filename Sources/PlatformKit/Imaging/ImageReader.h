@@ -18,6 +18,9 @@ struct ReadPicture {
     ImageTraits traits;
 };
 
+/// The reason for everything that a failing source spoils.
+[[nodiscard]] CodecFailure readFailure();
+
 class ImageReader {
 public:
     /// `format` is what the source was recognised as.
@@ -26,6 +29,8 @@ public:
 
     /// Pictures in the file; 0 when the first one's header cannot be read.
     [[nodiscard]] uint32_t count();
+    /// True when reading failed while the metadata was looked for: some of it may be missing.
+    [[nodiscard]] bool lostMetadata() const { return m_lostMetadata; }
     /// True when there is such a picture; `failure` tells why not.
     [[nodiscard]] bool has(uint32_t index, ImageFailure* failure);
     /// Of a picture that the file has; borrowed until that of another is asked for.
@@ -41,6 +46,8 @@ public:
     CodecResult<ReadPicture> decode(uint32_t index, SizeFloor floor);
 
 private:
+    [[nodiscard]] CodecResult<ImageHeader> readHeader(uint32_t index);
+
     struct IndexedHeader {
         uint32_t index;
         CodecResult<ImageHeader> header;
@@ -51,6 +58,7 @@ private:
     std::optional<CodecResult<ImageHeader>> m_first;
     std::optional<IndexedHeader> m_other;  ///< of the last picture behind the first
     bool m_triedDirectories = false;
+    bool m_lostMetadata = false;
     std::optional<TiffDirectorySet> m_directories;
 };
 

@@ -34,6 +34,10 @@ ImageSource::~ImageSource() = default;
 
 Ref<ImageSource> SourceReader::makeSource(std::unique_ptr<ByteSource> bytes, ImageFailure* failure) {
     const ImageFormat* format = recognisedFormat(*bytes);
+    if (format == nullptr && bytes->failed()) {
+        report(failure, readFailure());
+        return nullptr;
+    }
     if (format == nullptr) {
         report(failure, ImageError::NotAnImage, "The content is not that of a known kind of picture.");
         return nullptr;

@@ -89,6 +89,10 @@ Ref<const CFDictionary> buildProperties(ImageReader& reader, uint32_t index, Ima
     Entries entries;
     setHeaderFacts(entries, *header);
     setMetadata(entries, reader, index);
+    if (reader.lostMetadata()) {
+        report(failure, readFailure());
+        return nullptr;
+    }
     return CFDictionary::create(std::move(entries));
 }
 

@@ -69,6 +69,10 @@ Ref<const CGImage> readUpright(ImageReader& reader, uint32_t index, Sides box, I
         return nullptr;
     }
     const Turn turn = turnForOrientation(reader.orientation(index).value_or(1));
+    if (reader.lostMetadata()) {
+        report(failure, readFailure());
+        return nullptr;
+    }
     const Sides target = fitting({header->width, header->height}, swapsSides(turn) ? box.swapped() : box);
     auto picture = reader.decode(index, {target.width, target.height});
     if (!picture) {

@@ -7,6 +7,7 @@
 
 #include <memory>
 
+#include "PlatformKit/Imaging/FlakySource.h"
 #include "PlatformKit/Imaging/Looks.h"
 #include "PlatformKit/Imaging/SourceReader.h"
 #include "PlatformKit/Limits.h"
@@ -30,6 +31,32 @@ private:
     MemorySource m_bytes;
     uint64_t& m_count;
 };
+
+/// A card that is pulled, or has a bad spot: bytes in a stretch of the file cannot be read.
+class FailingSource final : public ByteSource {
+public:
+    FailingSource(std::span<const uint8_t> bytes, uint64_t first, uint64_t end = UINT64_MAX)
+        : m_bytes(bytes), m_first(first), m_end(end) {}
+    [[nodiscard]] uint64_t size() const override { return m_bytes.size(); }
+    [[nodiscard]] size_t read(uint64_t offset, std::span<uint8_t> out) override {
+        if (offset >= m_end || offset + out.size() <= m_first) return m_bytes.read(offset, out);
+        const size_t before = offset < m_first ? static_cast<size_t>(m_first - offset) : 0;
+        if (offset < m_bytes.size() && m_first < m_bytes.size()) m_failed = true;
+        return m_bytes.read(offset, out.first(before));
+    }
+    [[nodiscard]] bool failed() const override { return m_failed; }
+
+private:
+    MemorySource m_bytes;
+    uint64_t m_first;
+    uint64_t m_end;
+    bool m_failed = false;
+};
+
+Ref<ImageSource> failingSource(const Bytes& file, uint64_t first, ImageFailure* failure,
+                               uint64_t end = UINT64_MAX) {
+    return SourceReader::makeSource(std::make_unique<FailingSource>(file, first, end), failure);
+}
 
 std::string textOf(const ImageFailure& failure) {
     return failure.text ? failure.text->c_str() : "";
@@ -168,6 +195,68 @@ TEST(ImageSource, CutJpegsGiveWhatIsThere) {
     EXPECT_TRUE(isClose(pixelAt(*image, 50, 37), kCorners.topLeft));
     EXPECT_TRUE(isClose(pixelAt(*image, 350, 37), kCorners.topRight));
     EXPECT_FALSE(isClose(pixelAt(*image, 50, 262), kCorners.bottomLeft));
+}
+
+TEST(ImageSource, FilesThatCannotBeReadAreNotTakenForDamagedOnes) {
+    const Bytes jpeg = withExif(jpegOf(testPicture(400, 300), 1.0), {.orientation = 6});
+    for (const Bytes& whole : {jpeg, tiffOf(testPicture(200, 150), 8)}) {
+        for (uint64_t first = 0; first < whole.size(); first += 1 + whole.size() / 200) {
+            ImageFailure failure;
+            const auto source = failingSource(whole, first, &failure);
+            const auto image = source ? source->createImage(0, &failure) : nullptr;
+            EXPECT_FALSE(image) << first;
+            EXPECT_EQ(failure.code, ImageError::ReadFailed) << first << " " << textOf(failure);
+            EXPECT_EQ(textOf(failure), "Reading the file failed.");
+        }
+    }
+}
+
+TEST(ImageSource, PropertiesThatCannotBeReadAreNotLeftOut) {
+    const Bytes jpeg = withExif(jpegOf(testPicture(90, 60)), {.orientation = 6});
+    for (const Bytes& whole : {jpeg, tiffOf(testPicture(40, 30), 8)}) {
+        const auto all = sourceOf(whole)->copyProperties(0);
+        for (uint64_t first = 0; first < whole.size(); ++first) {
+            ImageFailure failure;
+            const auto source = failingSource(whole, first, &failure);
+            const auto properties = source ? source->copyProperties(0, &failure) : nullptr;
+            EXPECT_TRUE(properties ? properties->isEqual(all.get())
+                                   : failure.code == ImageError::ReadFailed)
+                << first;
+        }
+    }
+}
+
+TEST(ImageSource, AFailingReadNeverGivesOtherProperties) {
+    for (const Bytes& file :
+         {withExif(jpegOf(testPicture(90, 60)), {.orientation = 6}), tiffOf(testPicture(40, 30), 8)}) {
+        const auto all = sourceOf(file)->copyProperties(0);
+        bool failed = true;
+        for (int read = 0; failed; ++read) {
+            ImageFailure failure;
+            const auto source = flakySource(file, read, failed, &failure);
+            const auto properties = source ? source->copyProperties(0, &failure) : nullptr;
+            EXPECT_TRUE(properties ? properties->isEqual(all.get())
+                                   : failure.code == ImageError::ReadFailed)
+                << read;
+        }
+    }
+}
+
+TEST(ImageSource, OnePageThatCannotBeReadLeavesTheOthers) {
+    const Bytes file =
+        tiffBlock({tiffPage(testPicture(30, 20)), tiffPage(testPicture(50, 40))}, ByteOrder::Little);
+    // Of two pages without compression, the larger one's pixels fill the end or the middle of the file.
+    bool told = false;
+    for (uint64_t first = 0; first + 64 <= file.size(); first += 64) {
+        const auto source = failingSource(file, first, nullptr, first + 64);
+        if (!source || source->count() != 2) continue;
+        ImageFailure failure;
+        if (source->createImage(1, &failure)) continue;
+        EXPECT_EQ(failure.code, ImageError::ReadFailed);
+        const auto other = source->createImage(0);
+        told = told || (other && looksUpright(other.get()));
+    }
+    EXPECT_TRUE(told);
 }
 
 TEST(ImageSource, FilesCutAnywhereGiveAnImageOrAReason) {

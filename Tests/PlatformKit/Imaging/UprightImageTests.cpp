@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include "PlatformKit/Imaging/FlakySource.h"
 #include "PlatformKit/Imaging/Looks.h"
 
 namespace fi::test {
@@ -47,6 +48,23 @@ TEST_P(EveryOrientation, TurnsTheDensityWithThePicture) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Exif, EveryOrientation, testing::Range(uint16_t{1}, uint16_t{9}));
+
+TEST(UprightImage, AFailingReadNeverGivesAWrongPicture) {
+    for (const Bytes& file : filesWith(6)) {
+        const auto whole = createUprightImage(*sourceOf(file), 0, 50, 50);
+        bool failed = true;
+        for (int read = 0; failed; ++read) {
+            ImageFailure failure;
+            const auto source = flakySource(file, read, failed, &failure);
+            const auto image = source ? createUprightImage(*source, 0, 50, 50, &failure) : nullptr;
+            if (image) {
+                EXPECT_EQ(meanDifference(*image, *whole), 0.0) << read;
+            } else {
+                EXPECT_EQ(failure.code, ImageError::ReadFailed) << read;
+            }
+        }
+    }
+}
 
 TEST(UprightImage, FilesWithoutOrientationAreLeftAsStored) {
     for (const Bytes& file : {jpegOf(testPicture(60, 40)), tiffOf(testPicture(60, 40))}) {
