@@ -41,5 +41,22 @@ TEST(Finder, NamesAFolderWhoseListingBreaksOff) {
     EXPECT_FALSE(result.complete);
 }
 
+TEST(Finder, ClosedFolderOfARepairedFileSystemIsNoFailure) {
+    const TemporaryFolder card;
+    card.write("a/1.jpg", "x");
+    card.write("lost+found/break", "x");
+    const BrokenListings faults;
+    Console console(Progress::Meter::Silent);
+    SearchOrder order;
+    order.paths = {card.path()};
+    testing::internal::CaptureStderr();
+    EXPECT_TRUE(findPhotos(order, console).complete);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    order.paths = {card.at("lost+found")};
+    testing::internal::CaptureStderr();
+    EXPECT_FALSE(findPhotos(order, console).complete) << "asked for by name";
+    EXPECT_NE(testing::internal::GetCapturedStderr(), "");
+}
+
 }  // namespace
 }  // namespace fi::test

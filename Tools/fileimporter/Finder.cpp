@@ -19,6 +19,9 @@ namespace fi {
 
 namespace {
 
+/// Where a repaired file system puts what it found: closed to everybody, and nobody's photos.
+constexpr std::string_view kFilesOfRepairs = "/lost+found";
+
 constexpr const char* kNoList = "it is not a property list with an array that can be read";
 constexpr const char* kNoFolder = "the folder could not be read";
 
@@ -93,8 +96,9 @@ void Finder::tellUnreadableFolders(const std::string& searched) {
         CFStringRef path = nullptr;
         if (!m_search.copyUnreadableFolder(&path, i)) continue;
         const std::string folder(adopt(path)->view());
-        if (!m_toldFolders.insert(folder).second) continue;
         const bool isSearched = folder == resolvedPath(searched);
+        if (!isSearched && folder.ends_with(kFilesOfRepairs)) continue;
+        if (!m_toldFolders.insert(folder).second) continue;
         complain(isSearched ? searched : folder, faultOfFolder(folder).value_or(kNoFolder));
     }
 }
