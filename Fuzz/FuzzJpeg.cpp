@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Any bytes: facts and pixels of a JPEG agree, keep their bounds, or fail with a reason.
 #include "Contract.h"
-#include "PlatformKit/Base/Limits.h"
 #include "PlatformKit/Codecs/JpegReader.h"
+#include "PlatformKit/Limits.h"
 
 using namespace fi;
 using fi::fuzz::require;
