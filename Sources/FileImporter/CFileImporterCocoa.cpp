@@ -10,6 +10,7 @@
 #include "Foundation/ImageFacts.h"
 #include "PlatformKit/Base/Assertion.h"
 #include "PlatformKit/Base/Boundary.h"
+#include "PlatformKit/Base/ImplicitPool.h"
 
 namespace fi {
 
@@ -120,6 +121,8 @@ bool NSURLGetFileName(CFURLRef url, char* buffer, size_t size) {
 bool NSURLGetFileNameAsCFString(CFURLRef url, CFStringRef* name) {
     return guarded(
         [&] {
+            *name = nullptr;
+            reserveAutorelease();
             *name = nameAt(url, false).handOver();
             autorelease(*name);
             return *name != nullptr;

@@ -51,6 +51,12 @@ void autoreleaseObject(const NSObject* object) {
     if (Waiting* list = waiting()) guarded([&] { list->objects.push_back(object); });
 }
 
+void reserveAutorelease() {
+    Waiting* list = waiting();
+    if (list == nullptr || list->objects.size() < list->objects.capacity()) return;
+    list->objects.reserve(list->objects.capacity() * 2 + 16);
+}
+
 AutoreleasePool::AutoreleasePool() : m_start(0) {
     if (Waiting* list = waiting()) {
         m_start = list->objects.size();

@@ -12,4 +12,8 @@ void drainImplicitPool();
 /// Objects that wait on the calling thread, in all of its pools.
 [[nodiscard]] size_t autoreleasedObjects();
 
+/// Makes room for one more waiting object on the calling thread, so that the next autorelease cannot fail.
+/// Throws std::bad_alloc.
+void reserveAutorelease();
+
 }  // namespace fi
