@@ -485,7 +485,7 @@ TEST(FolderWalkTest, LongestNamesAndDeepFoldersAreListed) {
 TEST(FolderWalkTest, FileWithTheInvisibleFlagIsPassedOver) {
     TemporaryFolder card;
     if (!setFinderFlags(card.write("hidden.jpg", ""), 0x4000))
-        GTEST_SKIP() << "no attributes of users here";
+        GTEST_SKIP() << "the file system of temporary files keeps no extended attributes";
     ASSERT_TRUE(setFinderFlags(card.write("hidden2.jpg", ""), 0xFFFF));
     ASSERT_TRUE(setFinderFlags(card.write("seen.jpg", ""), 0x4000 ^ 0xFFFF));
     EXPECT_THAT(walkedBelow(card), ElementsAre("seen.jpg"));
@@ -494,7 +494,8 @@ TEST(FolderWalkTest, FileWithTheInvisibleFlagIsPassedOver) {
 TEST(FolderWalkTest, InvisibleFlagIsAskedOfFilesOnly) {
     TemporaryFolder card;
     card.write("folder/a.jpg", "");
-    if (!setFinderFlags(card.at("folder"), 0x4000)) GTEST_SKIP() << "no attributes of users here";
+    if (!setFinderFlags(card.at("folder"), 0x4000))
+        GTEST_SKIP() << "the file system of temporary files keeps no extended attributes";
     EXPECT_THAT(walkedBelow(card), ElementsAre("folder/a.jpg"));
 }
 
@@ -502,7 +503,7 @@ TEST(FolderWalkTest, InvisibleFlagIsAskedOfTheFileBehindALink) {
     TemporaryFolder card;
     TemporaryFolder elsewhere;
     if (!setFinderFlags(elsewhere.write("hidden.jpg", ""), 0x4000))
-        GTEST_SKIP() << "no attributes of users here";
+        GTEST_SKIP() << "the file system of temporary files keeps no extended attributes";
     card.link("a.jpg", elsewhere.at("hidden.jpg"));
     EXPECT_THAT(walked(card.path()), IsEmpty());
 }

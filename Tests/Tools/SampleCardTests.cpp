@@ -12,6 +12,7 @@
 #include <map>
 #include <nlohmann/json.hpp>
 
+#include "Support/FullDisk.h"
 #include "Support/TemporaryFolder.h"
 #include "Tools/SheetPictures.h"
 #include "Tools/ToolRun.h"
@@ -186,26 +187,6 @@ TEST_F(SampleCardTool, IsNotMadeWhereSomethingIs) {
     EXPECT_EQ(runTool({"sample-card", other}).status, 2);
     EXPECT_EQ(std::distance(fs::directory_iterator(s_folder->at("full")), fs::directory_iterator()), 1);
 }
-
-/// No file of this process or those that it starts becomes longer, as if the disk were full.
-class FullDisk {
-public:
-    explicit FullDisk(rlim_t longest) : m_handler(signal(SIGXFSZ, SIG_IGN)) {
-        getrlimit(RLIMIT_FSIZE, &m_before);
-        const rlimit limit{longest, m_before.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~FullDisk() {
-        setrlimit(RLIMIT_FSIZE, &m_before);
-        signal(SIGXFSZ, m_handler);
-    }
-    FullDisk(const FullDisk&) = delete;
-    FullDisk& operator=(const FullDisk&) = delete;
-
-private:
-    sighandler_t m_handler;
-    rlimit m_before{};
-};
 
 TEST(SampleCardOnAFullDisk, LeavesNothingThatItHasMade) {
     const TemporaryFolder folder;

@@ -17,6 +17,7 @@
 
 #include "PlatformKit/Imaging/ImagePixels.h"
 #include "PlatformKit/Imaging/Looks.h"
+#include "Support/FullDisk.h"
 #include "Support/Privileges.h"
 
 namespace fi::test {
@@ -38,27 +39,6 @@ bool write(const CGImage& image, const std::string& path, const char* type, Imag
 size_t itemsIn(const std::string& folder) {
     return static_cast<size_t>(std::distance(fs::directory_iterator(folder), fs::directory_iterator()));
 }
-
-/// For its length no file may grow beyond some bytes, as on a full card.
-class FullDisk {
-public:
-    explicit FullDisk(rlim_t bytes) {
-        m_handler = signal(SIGXFSZ, SIG_IGN);
-        getrlimit(RLIMIT_FSIZE, &m_before);
-        const rlimit small{bytes, m_before.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &small);
-    }
-    ~FullDisk() {
-        setrlimit(RLIMIT_FSIZE, &m_before);
-        signal(SIGXFSZ, m_handler);
-    }
-    FullDisk(const FullDisk&) = delete;
-    FullDisk& operator=(const FullDisk&) = delete;
-
-private:
-    rlimit m_before{};
-    void (*m_handler)(int) = nullptr;
-};
 
 /// For its length, tells what stands in a file each time that others are stored, and may let that fail.
 class Disk {
