@@ -11,7 +11,7 @@
 
 #include "FileImporter/CFileImporterCocoa.h"
 #include "Foundation/HeaderBytes.h"
-#include "Foundation/ScopedFaults.h"
+#include "Support/ScopedFaults.h"
 #include "Foundation/TestText.h"
 #include "PlatformKit/Base/ImplicitPool.h"
 #include "PlatformKit/ImageProperties.h"

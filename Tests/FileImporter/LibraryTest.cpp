@@ -22,7 +22,6 @@
 #include "FileImporter/CFileImporterCocoa.h"
 #include "FileImporter/CFileSearchDC.h"
 #include "FileImporter/CapturedLog.h"
-#include "FileImporter/FailingAllocations.h"
 #include "Foundation/HeaderBytes.h"
 #include "Foundation/SaveExtension.h"
 #include "Foundation/TestText.h"
@@ -31,6 +30,7 @@
 #include "PlatformKit/ImageSource.h"
 #include "PlatformKit/PrivateFolders.h"
 #include "PlatformKit/PropertyList.h"
+#include "Support/FailingAllocations.h"
 #include "Support/MakePictures.h"
 #include "Support/TemporaryFolder.h"
 
@@ -472,8 +472,8 @@ TEST(LibraryTest, SourcesHaveAFolderForEachSubsystem) {
     for (const auto& entry : fs::directory_iterator(sources)) {
         if (entry.is_directory()) folders.insert(entry.path().filename().string());
     }
-    EXPECT_EQ(folders,
-              (std::set<std::string>{"FileImporter", "Foundation", "PhotoCollections", "PlatformKit"}));
+    EXPECT_EQ(folders, (std::set<std::string>{"FileImporter", "Foundation", "ImageMetadata",
+                                              "PhotoCollections", "PlatformKit"}));
     EXPECT_TRUE(fs::exists(sources / "FileImporter/CFileImporterCocoa.cpp"));
     for (const char* face : {"FileServices.h", "FileTypes.h", "HeadRead.h", "DateText.h"})
         EXPECT_TRUE(fs::exists(sources / "Foundation" / face)) << face;

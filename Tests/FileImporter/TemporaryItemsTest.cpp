@@ -8,7 +8,7 @@
 #include <string>
 
 #include "FileImporter/CFileImporterCocoa.h"
-#include "Foundation/ScopedFaults.h"
+#include "Support/ScopedFaults.h"
 #include "Foundation/TestText.h"
 #include "PlatformKit/Base/ImplicitPool.h"
 #include "PlatformKit/PrivateFolders.h"

@@ -9,7 +9,7 @@
 #include <cstring>
 #include <string>
 
-#include "Foundation/ScopedFaults.h"
+#include "Support/ScopedFaults.h"
 #include "Foundation/TestText.h"
 #include "Support/Privileges.h"
 #include "Support/TemporaryFolder.h"

@@ -7,7 +7,7 @@
 
 #include <string>
 
-#include "FileImporter/FailingAllocations.h"
+#include "Support/FailingAllocations.h"
 #include "PlatformKit/Array.h"
 #include "PlatformKit/Data.h"
 #include "PlatformKit/Dictionary.h"

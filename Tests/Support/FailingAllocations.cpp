@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "FileImporter/FailingAllocations.h"
+#include "Support/FailingAllocations.h"
 
 #include <cstddef>
 #include <cstdlib>
