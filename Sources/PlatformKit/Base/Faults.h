@@ -15,6 +15,7 @@ enum class Fault : uint8_t {
     WholeRead,        ///< reading a whole file fails; detail: the path
     Allocation,       ///< the system allocator has no memory; detail: who asks
     TemporaryFolder,  ///< there is no temporary folder
+    FileTimes,        ///< the dates of a file cannot be told
 };
 
 /// Answers whether the fault happens now.
