@@ -111,11 +111,50 @@ void saveDirectories() {
     save("FuzzTiffDirectories", "big-big-endian", exifBlock(ByteOrder::Big, true));
 }
 
+/// A read of FuzzCardReads: 0 the next block, 1 a widened stretch, 2 a stretch, 3 where the file stands;
+/// 128 more for offsets far behind the file.
+struct CardRead {
+    uint8_t kind;
+    uint32_t offset;
+    uint32_t length;
+};
+
+Bytes cardReads(uint16_t fileSize, uint16_t unit, uint16_t blockSize, const std::vector<CardRead>& reads) {
+    Bytes out;
+    const auto add = [&out](uint32_t value, int bytes) {
+        for (int i = 0; i < bytes; ++i)
+            out.push_back(static_cast<uint8_t>(value >> (8 * i)));
+    };
+    for (const uint16_t number : {fileSize, unit, blockSize})
+        add(number, 2);
+    for (const CardRead& read : reads) {
+        add(read.kind, 1);
+        add(read.offset, 4);
+        add(read.length, 4);
+    }
+    return out;
+}
+
+void saveCardReads() {
+    save("FuzzCardReads", "blocks",
+         cardReads(1000, 512, 300, {{0, 0, 0}, {0, 0, 0}, {3, 9, 50}, {0, 0, 0}}));
+    save("FuzzCardReads", "units",
+         cardReads(3000, 512, 3000, {{1, 511, 600}, {1, 512, 1}, {1, 513, 9000}, {1, 0, 100}, {0, 0, 0}}));
+    save("FuzzCardReads", "end",
+         cardReads(1000, 512, 1000,
+                   {{1, 1000, 10}, {1, 1001, 10}, {1, 1024, 10}, {2, 1000, 10}, {2, 1001, 1}}));
+    save("FuzzCardReads", "huge",
+         cardReads(1000, 65535, 10,
+                   {{1, 0, 0xFFFFFFFF}, {129, 0xFFFFFFFF, 0xFFFFFFFF}, {130, 0xFFFFFFFF, 8}}));
+    save("FuzzCardReads", "empty", cardReads(0, 1, 0, {{0, 0, 0}, {1, 0, 1}, {2, 0, 0}, {3, 0, 1}}));
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
     if (argc != 2) return 2;
     g_folder = argv[1];
+    saveCardReads();
     saveJpegs();
     saveTiffs();
     saveDirectories();
