@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The value types of TIFF.
+// The value types of TIFF, and the tags that lead from one directory to another.
 #pragma once
 
 #include <cstdint>
@@ -21,7 +21,14 @@ enum TagType : uint16_t {
     kTagDouble = 12,
 };
 
+inline constexpr uint16_t kExifPointer = 0x8769;
+inline constexpr uint16_t kGPSPointer = 0x8825;
+inline constexpr uint16_t kInteropPointer = 0xA005;
+
 /// Bytes of one value of a type, 0 when it is none.
-[[nodiscard]] uint32_t unitSizeOfType(uint16_t type);
+[[nodiscard]] constexpr uint32_t unitSizeOfType(uint16_t type) {
+    constexpr uint8_t kSizes[] = {0, 1, 1, 2, 4, 8, 1, 1, 2, 4, 8, 4, 8};
+    return type < sizeof(kSizes) ? kSizes[type] : 0;
+}
 
 }  // namespace fi
