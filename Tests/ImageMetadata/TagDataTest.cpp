@@ -1,0 +1,132 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "ImageMetadata/TagData.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <utility>
+#include <vector>
+
+#include "Support/ScopedFaults.h"
+
+namespace fi {
+namespace {
+
+std::vector<uint8_t> countingBytes(size_t size) {
+    std::vector<uint8_t> bytes(size);
+    for (size_t i = 0; i < size; ++i)
+        bytes[i] = static_cast<uint8_t>(i * 7 + i / 256);
+    return bytes;
+}
+
+/// Remembers what was read of it, and may hold less than it promises.
+class WatchedSource final : public ByteSource {
+public:
+    explicit WatchedSource(std::vector<uint8_t> bytes) : m_bytes(std::move(bytes)) {}
+    uint64_t size() const override { return m_bytes.size(); }
+    size_t read(uint64_t offset, std::span<uint8_t> out) override {
+        reads.emplace_back(offset, out.size());
+        return MemorySource(m_bytes).read(offset, out);
+    }
+
+    std::vector<std::pair<uint64_t, size_t>> reads;
+
+private:
+    std::vector<uint8_t> m_bytes;
+};
+
+using Reads = std::vector<std::pair<uint64_t, size_t>>;
+
+TEST(TagData, OfMemoryGivesWhatLiesInsideAndNothingElse) {
+    const auto bytes = countingBytes(100);
+    TagData data(bytes.data(), bytes.size(), 1000);
+    EXPECT_EQ(data.start(), 1000u);
+    EXPECT_EQ(data.length(), 100u);
+    EXPECT_EQ(data.at(0, 100), bytes.data());
+    EXPECT_EQ(data.at(98, 2), bytes.data() + 98);
+    EXPECT_EQ(data.at(100, 0), bytes.data() + 100);
+    EXPECT_EQ(data.at(99, 2), nullptr);
+    EXPECT_EQ(data.at(101, 0), nullptr);
+    EXPECT_EQ(data.at(0, 101), nullptr);
+    EXPECT_EQ(data.at(UINT64_MAX, 2), nullptr);
+    EXPECT_EQ(data.at(2, UINT64_MAX), nullptr);
+    EXPECT_FALSE(data.cameShort());
+}
+
+TEST(TagData, OfNothingGivesNothing) {
+    TagData data(nullptr, 0);
+    EXPECT_EQ(data.at(0, 1), nullptr);
+    EXPECT_TRUE(data.contains(0, 0));
+}
+
+TEST(TagData, LoadsTheFirstStepIntoTheCallersBufferAndNoMore) {
+    WatchedSource source(countingBytes(70000));
+    std::array<uint8_t, 4096> first;
+    TagData data(source, 65567, first);
+    EXPECT_TRUE(source.reads.empty());
+    EXPECT_EQ(data.at(0, 12), first.data());
+    EXPECT_EQ(data.at(4000, 96), first.data() + 4000);
+    EXPECT_EQ(data.at(65567, 1), nullptr);
+    EXPECT_EQ(source.reads, (Reads{{0, 4096}}));
+}
+
+TEST(TagData, DoublesUpToItsLengthAndKeepsWhatItHas) {
+    const auto bytes = countingBytes(70000);
+    WatchedSource source(bytes);
+    std::array<uint8_t, 4096> first;
+    TagData data(source, 65567, first);
+    for (const auto& [offset, size] : Reads{{0, 12}, {4095, 2}, {20000, 40}, {4, 4}, {65000, 567}}) {
+        const uint8_t* at = data.at(offset, size);
+        ASSERT_NE(at, nullptr) << offset;
+        EXPECT_TRUE(std::equal(at, at + size, bytes.begin() + static_cast<ptrdiff_t>(offset))) << offset;
+    }
+    EXPECT_EQ(source.reads, (Reads{{0, 4096}, {4096, 4096}, {8192, 11848}, {20040, 45527}}));
+    EXPECT_FALSE(data.cameShort());
+}
+
+TEST(TagData, WithoutACallersBufferTakesItsOwn) {
+    const auto bytes = countingBytes(9000);
+    WatchedSource source(bytes);
+    TagData data(source, 9000, {});
+    const uint8_t* at = data.at(10, 1);
+    ASSERT_NE(at, nullptr);
+    EXPECT_EQ(*at, bytes[10]);
+    EXPECT_EQ(source.reads, (Reads{{0, 4096}}));
+}
+
+TEST(TagData, OfAShortFileFitsTheCallersBuffer) {
+    WatchedSource source(countingBytes(40));
+    std::array<uint8_t, 64> first;
+    TagData data(source, 40, first);
+    EXPECT_EQ(data.at(38, 2), first.data() + 38);
+    EXPECT_EQ(data.at(39, 2), nullptr);
+    EXPECT_EQ(source.reads, (Reads{{0, 40}}));
+}
+
+TEST(TagData, SaysWhenLessCameThanWasPromised) {
+    WatchedSource source(countingBytes(5000));
+    std::array<uint8_t, 4096> first;
+    TagData data(source, 9000, first);
+    EXPECT_NE(data.at(0, 12), nullptr);
+    EXPECT_FALSE(data.cameShort());
+    EXPECT_EQ(data.at(5000, 1), nullptr);
+    EXPECT_TRUE(data.cameShort());
+    EXPECT_NE(data.at(4999, 1), nullptr);
+    EXPECT_EQ(data.at(6000, 1), nullptr);
+    EXPECT_EQ(source.reads.size(), 2u);
+}
+
+TEST(TagData, SaysSoWithoutMemoryAndKeepsWhatItHas) {
+    WatchedSource source(countingBytes(9000));
+    std::array<uint8_t, 4096> first;
+    TagData data(source, 9000, first);
+    ASSERT_NE(data.at(0, 12), nullptr);
+    const test::ScopedFaults faults{Fault::Allocation};
+    EXPECT_EQ(data.at(5000, 1), nullptr);
+    EXPECT_TRUE(data.cameShort());
+    EXPECT_EQ(data.at(4095, 1), first.data() + 4095);
+}
+
+}  // namespace
+}  // namespace fi
