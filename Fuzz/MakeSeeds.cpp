@@ -149,6 +149,31 @@ void saveCardReads() {
     save("FuzzCardReads", "empty", cardReads(0, 1, 0, {{0, 0, 0}, {1, 0, 1}, {2, 0, 0}, {3, 0, 1}}));
 }
 
+/// Heads of every kind that the tag reader tells apart.
+void saveTags() {
+    JpegRecipe progressive;
+    progressive.progressive = true;
+    const PixelBuffer color = smallPicture(PixelLayout::RGBX32);
+    const Bytes plain = makeJpeg(color, progressive);
+    Bytes exifBehindJfif(plain.begin(), plain.begin() + 20);
+    const Bytes exif = withExif(plain);
+    exifBehindJfif.insert(exifBehindJfif.end(), exif.begin() + 2, exif.end());
+    const std::pair<const char*, Bytes> files[] = {
+        {"little", exifBlock(ByteOrder::Little, false)},
+        {"big-endian", exifBlock(ByteOrder::Big, false)},
+        {"exif.jpg", exif},
+        {"exif-behind-jfif.jpg", exifBehindJfif},
+        {"plain.jpg", plain},
+    };
+    for (const auto& [name, bytes] : files) {
+        save("FuzzTagStructure", name, bytes);
+        // A head of 16 bytes holds the header and no directory.
+        Bytes resumed = {16, 0};
+        resumed.insert(resumed.end(), bytes.begin(), bytes.end());
+        save("FuzzResumedTags", name, resumed);
+    }
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -158,5 +183,6 @@ int main(int argc, char** argv) {
     saveJpegs();
     saveTiffs();
     saveDirectories();
+    saveTags();
     return 0;
 }
