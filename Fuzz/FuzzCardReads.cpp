@@ -49,6 +49,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     static const CardFile file;
     const ByteView input(data, size);
     const std::string bytes = patternedBytes(input.u16(0).value_or(0) % 4096);
+    std::filesystem::remove(file.path);  // writing over it may wait for the disk
     std::ofstream(file.path, std::ios::binary) << bytes;
 
     CardProbe card;
