@@ -11,11 +11,11 @@
 
 #include "FileImporter/CFileImporterCocoa.h"
 #include "Foundation/HeaderBytes.h"
-#include "Support/ScopedFaults.h"
 #include "Foundation/TestText.h"
 #include "PlatformKit/Base/ImplicitPool.h"
 #include "PlatformKit/ImageProperties.h"
 #include "PlatformKit/Number.h"
+#include "Support/ScopedFaults.h"
 #include "Support/TemporaryFolder.h"
 
 namespace fi::test {

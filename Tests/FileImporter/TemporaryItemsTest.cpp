@@ -8,10 +8,10 @@
 #include <string>
 
 #include "FileImporter/CFileImporterCocoa.h"
-#include "Support/ScopedFaults.h"
 #include "Foundation/TestText.h"
 #include "PlatformKit/Base/ImplicitPool.h"
 #include "PlatformKit/PrivateFolders.h"
+#include "Support/ScopedFaults.h"
 #include "Support/TemporaryFolder.h"
 
 namespace fi::test {

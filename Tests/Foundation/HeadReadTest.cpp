@@ -9,9 +9,9 @@
 #include <cstring>
 #include <string>
 
-#include "Support/ScopedFaults.h"
 #include "Foundation/TestText.h"
 #include "Support/Privileges.h"
+#include "Support/ScopedFaults.h"
 #include "Support/TemporaryFolder.h"
 
 namespace fi::test {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Every allocation of the photo search fails once: nothing is thrown, nothing leaks, and what was found
 // before is kept.
-#include "PhotoCollections/ScarceMemory.h"
+#include "Support/FailingAllocations.h"
 
 #include <gtest/gtest.h>
 
@@ -21,18 +21,18 @@ constexpr long kMoreThanAnyCaseNeeds = 20'000;
 /// Runs `work` with ever more memory until it suffices; `check` looks at the outcome of each run.
 void withEverMoreMemory(const std::function<std::function<void()>()>& prepare,
                         const std::function<void()>& check) {
-    for (long allocations = 0; allocations < kMoreThanAnyCaseNeeds; ++allocations) {
+    for (int allocations = 0; allocations < kMoreThanAnyCaseNeeds; ++allocations) {
         const auto work = prepare();
         bool ranOut = false;
         bool thrown = false;
         {
-            const ScarceMemory memory(allocations);
+            const FailingAllocations memory(allocations);
             try {
                 work();
             } catch (...) {
                 thrown = true;
             }
-            ranOut = memory.ranOut();
+            ranOut = memory.happened();
         }
         EXPECT_FALSE(thrown) << "after " << allocations << " allocations";
         check();

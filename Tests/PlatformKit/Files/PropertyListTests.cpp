@@ -7,11 +7,11 @@
 
 #include <string>
 
-#include "Support/FailingAllocations.h"
 #include "PlatformKit/Array.h"
 #include "PlatformKit/Data.h"
 #include "PlatformKit/Dictionary.h"
 #include "PlatformKit/Number.h"
+#include "Support/FailingAllocations.h"
 #include "Support/TemporaryFolder.h"
 
 namespace fi::test {
