@@ -18,7 +18,7 @@ constexpr uint16_t kSlots = 8;
 class CountingSink final : public TagSink {
 public:
     uint32_t take(uint16_t slot, const FoundTag& tag) override {
-        require(slot < kSlots && tag.count >= 0, "a tag has a slot and a count");
+        require(slot < kSlots && tag.count() >= 0, "a tag has a slot and a count");
         uint8_t start[16];
         if (!tag.copyTo(start, sizeof(start))) return kTagBadData;
         ++counts[slot];

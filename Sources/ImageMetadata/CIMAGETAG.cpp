@@ -76,9 +76,10 @@ void CIMAGETAG::FixUpEntry(char* entry) {
 uint8_t CIMAGETAG::GetTagData(const char* entry, IMAGETAG_INFO* record, const char* data, uint32_t length,
                               uint32_t* error) {
     TagData inHand(bytesOf(data), length, m_position.bufferStart);
-    FoundTag found;
-    uint32_t code = found.locate(readEntry(bytesOf(entry), false), m_position, inHand, m_reader);
-    *record = IMAGETAG_INFO{found.tag, found.type, kImageTagKindPlain, found.count, nullptr, {}};
+    const TagPlace place{m_position, inHand, m_reader};
+    const FoundTag found(readEntry(bytesOf(entry), false), place);
+    *record = IMAGETAG_INFO{found.tag(), found.type(), kImageTagKindPlain, found.count(), nullptr, {}};
+    uint32_t code = found.check();
     if (code == kTagNoError) code = makeRecord(found, *record);
     return succeeded(code, error);
 }

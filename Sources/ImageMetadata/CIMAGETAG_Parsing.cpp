@@ -30,8 +30,8 @@ public:
         : m_field(field), m_bytesLeft(bytesInHand + kSpareValueBytes) {}
 
     uint32_t take(uint16_t slot, const FoundTag& tag) override {
-        if (tag.size > m_bytesLeft) return kTagNoMemory;
-        m_bytesLeft -= tag.size;
+        if (tag.size() > m_bytesLeft) return kTagNoMemory;
+        m_bytesLeft -= tag.size();
         IMAGETAG_INFO record;
         uint32_t code = makeRecord(tag, record);
         if (code != kTagNoError) return code;

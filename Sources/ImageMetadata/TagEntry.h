@@ -61,20 +61,12 @@ static_assert(sizeof(TagEntry) == kTagEntrySize);
     }
 }
 
-/// Turns an entry of big-endian data into host order.
-constexpr void fixUpEntry(TagEntry& entry) {
-    entry.tag = swapped16(entry.tag);
-    entry.type = swapped16(entry.type);
-    entry.count = swapped32(entry.count);
-    entry.value = fixedUpValue(entry);
-}
-
 /// The entry at a place that was checked, in host order. The file's bytes stay as they are: a directory
 /// that is reached twice reads the same both times.
 [[nodiscard]] inline TagEntry readEntry(const uint8_t* at, bool bigEndian) {
-    TagEntry entry;
-    std::memcpy(&entry, at, sizeof(entry));
-    if (bigEndian) fixUpEntry(entry);
+    TagEntry entry{readU16(at, bigEndian), readU16(at + 2, bigEndian), readU32(at + 4, bigEndian),
+                   readU32(at + 8, false)};
+    if (bigEndian) entry.value = fixedUpValue(entry);
     return entry;
 }
 

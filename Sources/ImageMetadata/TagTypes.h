@@ -25,10 +25,11 @@ inline constexpr uint16_t kExifPointer = 0x8769;
 inline constexpr uint16_t kGPSPointer = 0x8825;
 inline constexpr uint16_t kInteropPointer = 0xA005;
 
+inline constexpr uint8_t kUnitSizes[] = {0, 1, 1, 2, 4, 8, 1, 1, 2, 4, 8, 4, 8};
+
 /// Bytes of one value of a type, 0 when it is none.
 [[nodiscard]] constexpr uint32_t unitSizeOfType(uint16_t type) {
-    constexpr uint8_t kSizes[] = {0, 1, 1, 2, 4, 8, 1, 1, 2, 4, 8, 4, 8};
-    return type < sizeof(kSizes) ? kSizes[type] : 0;
+    return type < sizeof(kUnitSizes) ? kUnitSizes[type] : 0;
 }
 
 }  // namespace fi

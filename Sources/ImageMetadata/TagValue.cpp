@@ -43,16 +43,16 @@ void interpret(IMAGETAG_INFO& record, uint32_t size) {
 }  // namespace
 
 uint32_t makeRecord(const FoundTag& found, IMAGETAG_INFO& record) {
-    const uint32_t spare = found.type == kTagASCII ? kSpareBytesOfText : 0;
-    auto* value = static_cast<char*>(allocateTagMemory(size_t{found.size} + spare, "GetTagData"));
+    const uint32_t spare = found.type() == kTagASCII ? kSpareBytesOfText : 0;
+    auto* value = static_cast<char*>(allocateTagMemory(size_t{found.size()} + spare, "GetTagData"));
     if (value == nullptr) return kTagNoMemory;
     if (!found.copyTo(value)) {
         std::free(value);
         return kTagBadData;
     }
-    if (spare > 0) std::memset(value + found.size, 0, spare);
-    record = IMAGETAG_INFO{found.tag, found.type, kImageTagKindPlain, found.count, value, {}};
-    interpret(record, found.size);
+    if (spare > 0) std::memset(value + found.size(), 0, spare);
+    record = IMAGETAG_INFO{found.tag(), found.type(), kImageTagKindPlain, found.count(), value, {}};
+    interpret(record, found.size());
     return kTagNoError;
 }
 

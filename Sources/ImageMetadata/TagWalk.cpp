@@ -49,9 +49,9 @@ constexpr bool isKeptOfInterop(uint16_t tag) {
 class Walk {
 public:
     Walk(IMAGETAG_POSITION& position, TagData& data, CMEMCARDFILE* reader, TagSink& sink)
-        : m_position(position),
+        : m_place{position, data, reader},
+          m_position(position),
           m_data(data),
-          m_reader(reader),
           m_sink(sink),
           m_bigEndian(position.bigEndian != 0),
           m_resumed(position.currentMainIFD != 0) {}
@@ -72,9 +72,9 @@ private:
         return kTagMoreNeeded;
     }
 
+    const TagPlace m_place;
     IMAGETAG_POSITION& m_position;
     TagData& m_data;
-    CMEMCARDFILE* m_reader;
     TagSink& m_sink;
     const bool m_bigEndian;
     const bool m_resumed;  ///< at IFD1
@@ -155,8 +155,8 @@ uint32_t Walk::takeEntry(uint32_t slot, const TagEntry& entry) {
     // What is not kept is not looked at either: its type may be none.
     if (slot % kSlotsOfMainIFD == kInterop && !isKeptOfInterop(entry.tag)) return kTagNoError;
     if (rememberPointer(slot, entry)) return kTagNoError;
-    FoundTag found;
-    const uint32_t code = found.locate(entry, m_position, m_data, m_reader);
+    const FoundTag found(entry, m_place);
+    const uint32_t code = found.check();
     return code != kTagNoError ? code : m_sink.take(static_cast<uint16_t>(slot), found);
 }
 

@@ -23,10 +23,10 @@ using test::TiffDirectory;
 class KeepingSink final : public TagSink {
 public:
     uint32_t take(uint16_t slot, const FoundTag& tag) override {
-        if (tag.tag == refused) return kTagNoMemory;
-        std::string bytes(std::min(tag.size, limit), '\0');
+        if (tag.tag() == refused) return kTagNoMemory;
+        std::string bytes(std::min(tag.size(), limit), '\0');
         if (!tag.copyTo(bytes.data(), limit)) return kTagBadData;
-        taken.emplace_back(slot, tag.tag, bytes);
+        taken.emplace_back(slot, tag.tag(), bytes);
         return kTagNoError;
     }
     void release(int32_t from) override { released.push_back(from); }
