@@ -57,11 +57,14 @@ struct IMAGETAG_POSITION {
 
 /// Reads the directories of a file, or of the bytes of its head that a caller has, into eight slots: 0
 /// IFD0, 1 its Exif, 2 its GPS, 3 its Interoperability directory, 4 IFD1, 5 to 7 likewise. Records keep the
-/// file's order. What was read before an error stays, and can be asked for. Nothing is thrown. One thread
-/// at a time.
+/// file's order. What was read before an error 2 or 3 stays, and can be asked for. Nothing is thrown. One
+/// thread at a time. The pointers that results go to may not be null.
 ///
-/// Results are 1 or 0 with a code through `error` (kTag…). kTagMoreNeeded comes with a result of 1, with
-/// the position and the number of the bytes that are wanted next.
+/// Results are 1 or 0 with a code through `error` (kTag…), 2: an entry with a type that is none, or with a
+/// value that is not to be had; 3: no memory, or a count from 32768 to 65535, which is taken for a negative
+/// one; also values that share the file's bytes until they are 16 MiB larger than the data. kTagMoreNeeded
+/// comes with a result of 1, with the position and the number of the bytes that are wanted next. Who goes
+/// on ends when the same position is asked for twice.
 class FI_EXPORT CIMAGETAG {
 public:
     constexpr CIMAGETAG() = default;
@@ -71,13 +74,19 @@ public:
 
     /// Parses a file (`url` not null; it is opened for writing, and CREATED when missing, see
     /// CMEMCARDFILE) or the `size` bytes at `data`, the file's first ones, which are never changed. Adds to
-    /// the slots: CloseField() empties them before another file. 1, error 0: parsed. 1, error 10: stopped
-    /// for more data, `*nextOffset` and `*nextSize` set (without a rented reader). 0: error 1, 2, 3, 4, 5.
+    /// the slots: CloseField() empties them before another file. `*format` is set once it is known,
+    /// `*nextOffset` and `*nextSize` with error 10 only.
+    /// 1, error 0: parsed. 1, error 10: stopped for more data, which a reader would have brought; also,
+    /// with nothing in the slots, a JPEG that begins without Exif data. 0: error 1 (the file cannot be
+    /// opened), 2, 3 (also: it cannot be read, or the rented reader has no file), 4 (neither JPEG nor TIFF)
+    /// or 5 (not recognised, or the reader brought nothing new). After an error 10 or 5 a complete IFD0
+    /// stays when IFD1 is what is not; else nothing does.
     uint8_t CreateField(CFURLRef url, const char* data, uint32_t size, int16_t* format,
                         uint32_t* nextOffset, uint32_t* nextSize, uint32_t* error);
 
     /// Goes on after an error 10: `data` are `length` bytes of the file from `position` on, which is where
-    /// the parse starts. Results as above.
+    /// the directory stands that comes next. A value before `position` gives error 2, a directory there is
+    /// left out. 1: error 0 or 10. 0: error 2 or 3.
     uint8_t PutExtraField(const char* data, uint32_t length, uint32_t position, uint32_t* nextOffset,
                           uint32_t* nextSize, uint32_t* error);
 
@@ -97,25 +106,27 @@ public:
     /// above 2730 never fits.
     uint8_t CheckIFDSize(const char* ifd, uint32_t remaining, uint32_t* error);
 
-    /// Parses from the next IFD position, `data` being the bytes from the buffer start on.
+    /// Parses from the next IFD position, `data` being the bytes from the buffer start on. Results as
+    /// above.
     uint8_t SetTiffInfo(const char* data, uint32_t length, uint32_t* nextOffset, uint32_t* nextSize,
                         uint32_t* error);
 
     /// Gives slot 0 the sizes (tags 256 and 257) of a JPEG's frame. The lengths of the segments that were
-    /// passed and the frame's sizes are left SWAPPED in `data`. 1, error 10: no frame in these bytes.
+    /// passed and the frame's sizes are left SWAPPED in `data`. 1, error 0; 1, error 10: no frame in these
+    /// bytes, `*nextOffset` 0. 0: error 3.
     uint8_t SetJfifInfo(char* data, uint32_t size, uint32_t* nextOffset, uint32_t* nextSize,
                         uint32_t* error);
 
-    /// Turns the 12 bytes of an entry of big-endian data into host order, in place.
+    /// Turns the 12 bytes of an entry into host order, in place, when the last header was big-endian.
     void FixUpEntry(char* entry);
 
-    /// Fills a record from an entry in host order; `record->value` is OWNED (free, or PushChain). 0: error
-    /// 2 (a type that is none, a value that is not to be had) or 3.
+    /// Fills a record from an entry in host order, `data` being the bytes from the buffer start on;
+    /// `record->value` is OWNED (free, or PushChain). 0: error 2 or 3, the value is null.
     uint8_t GetTagData(const char* entry, IMAGETAG_INFO* record, const char* data, uint32_t length,
                        uint32_t* error);
 
     /// Appends a copy of the record, whose value it takes over, to a slot. 0: error 3 (the value stays the
-    /// caller's), also for a slot beyond 7.
+    /// caller's), also for a slot beyond 7 and for one with 32767 records.
     uint8_t PushChain(const IMAGETAG_INFO* record, uint16_t slot, uint32_t* error);
 
     /// OWNED (ReleaseInfo): a copy of the first record with that tag; its value is BORROWED from the field
@@ -130,13 +141,13 @@ public:
     void ReleaseInfo(IMAGETAG_INFO* info);
     void ReleaseArray(IMAGETAG_ARRAY* array);
 
-    /// Empties the slots from `from` to 7.
+    /// Empties the slots from `from` to 7, all of them when it is negative.
     void ReleaseField(int32_t from);
     /// Empties all slots. The destructor does so, too.
     void CloseField();
 
     /// BORROWED: the reader that brings what lies beyond a caller's data; null for none. It must be open on
-    /// the same file.
+    /// the same file, and stays so.
     void RentMemCard(CMEMCARDFILE* reader);
 
     /// 1 when the last parse met a pointer to an Exif directory.

@@ -15,9 +15,6 @@ namespace fi {
 namespace {
 
 constexpr uint32_t kStretchWanted = 20480;
-/// What the values of one walk may take beside the length of the data. Entries can share bytes of the file,
-/// so that a few of it would otherwise become gigabytes of records.
-constexpr uint64_t kSpareValueBytes = 16 << 20;
 
 const uint8_t* bytesOf(const char* data) {
     return reinterpret_cast<const uint8_t*>(data);
@@ -26,12 +23,9 @@ const uint8_t* bytesOf(const char* data) {
 /// Puts what a walk finds into the slots.
 class FieldSink final : public TagSink {
 public:
-    FieldSink(CIMAGETAG& field, uint64_t bytesInHand)
-        : m_field(field), m_bytesLeft(bytesInHand + kSpareValueBytes) {}
+    explicit FieldSink(CIMAGETAG& field) : m_field(field) {}
 
     uint32_t take(uint16_t slot, const FoundTag& tag) override {
-        if (tag.size() > m_bytesLeft) return kTagNoMemory;
-        m_bytesLeft -= tag.size();
         IMAGETAG_INFO record;
         uint32_t code = makeRecord(tag, record);
         if (code != kTagNoError) return code;
@@ -43,7 +37,6 @@ public:
 
 private:
     CIMAGETAG& m_field;
-    uint64_t m_bytesLeft;
 };
 
 /// A reader and the memory for one block of it.
@@ -99,7 +92,7 @@ private:
 
 uint32_t walkInto(CIMAGETAG& field, IMAGETAG_POSITION& position, CMEMCARDFILE* reader, TagData& data,
                   uint64_t directory) {
-    FieldSink sink(field, data.length());
+    FieldSink sink(field);
     return walkDirectories(position, data, reader, sink, directory);
 }
 

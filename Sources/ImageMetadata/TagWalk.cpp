@@ -20,6 +20,9 @@ constexpr uint32_t kLinkSize = 4;
 constexpr uint32_t kMostEntries = 2730;
 constexpr uint32_t kInteropEntries = 5;
 constexpr uint32_t kSlotsOfMainIFD = 4;
+/// What the values of one walk may take beside the length of the data. Entries can share bytes of the file,
+/// so that a few of them would otherwise become gigabytes of records.
+constexpr uint64_t kSpareValueBytes = 16 << 20;
 
 /// Slots of a main directory, counted from its own.
 enum Relation : uint32_t { kMain = 0, kExif = 1, kGPS = 2, kInterop = 3 };
@@ -54,7 +57,8 @@ public:
           m_data(data),
           m_sink(sink),
           m_bigEndian(position.bigEndian != 0),
-          m_resumed(position.currentMainIFD != 0) {}
+          m_resumed(position.currentMainIFD != 0),
+          m_valueBytesLeft(data.length() + kSpareValueBytes) {}
 
     uint32_t run(uint64_t directory);
 
@@ -78,6 +82,7 @@ private:
     TagSink& m_sink;
     const bool m_bigEndian;
     const bool m_resumed;  ///< at IFD1
+    uint64_t m_valueBytesLeft;
     std::optional<uint32_t> m_pointers[2 * kSlotsOfMainIFD];
     uint64_t m_secondIFD = 0;
     uint32_t m_incompleteMain = 2;  ///< the first main directory that is not, with those below it; 2: none
@@ -157,7 +162,10 @@ uint32_t Walk::takeEntry(uint32_t slot, const TagEntry& entry) {
     if (rememberPointer(slot, entry)) return kTagNoError;
     const FoundTag found(entry, m_place);
     const uint32_t code = found.check();
-    return code != kTagNoError ? code : m_sink.take(static_cast<uint16_t>(slot), found);
+    if (code != kTagNoError) return code;
+    if (found.size() > m_valueBytesLeft) return kTagNoMemory;
+    m_valueBytesLeft -= found.size();
+    return m_sink.take(static_cast<uint16_t>(slot), found);
 }
 
 /// Pointers are followed later, the last one of a kind. A main directory may hold all three, an Exif

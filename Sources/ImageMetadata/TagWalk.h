@@ -45,7 +45,7 @@ protected:
                                        TagSink& sink, uint64_t directory);
 
 /// All of it for one who has the head of a file and no more: `position` becomes that of a new parse.
-/// 0 or an error code; whatever it is, what was taken and not released counts.
+/// 0 or an error code; whatever it is, what was taken and not released counts, unless data.cameShort().
 [[nodiscard]] uint32_t walkHead(IMAGETAG_POSITION& position, TagData& data, TagSink& sink);
 
 }  // namespace fi
