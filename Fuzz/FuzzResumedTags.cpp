@@ -37,9 +37,10 @@ public:
     ScratchFile& operator=(const ScratchFile&) = delete;
 
     Ref<const CFURL> hold(const std::vector<char>& bytes) {
-        const bool written =
-            ftruncate(m_descriptor, 0) == 0 &&
-            pwrite(m_descriptor, bytes.data(), bytes.size(), 0) == static_cast<ssize_t>(bytes.size());
+        // Cut afterwards: a file that is emptied first waits for the disk when it is closed.
+        const auto size = static_cast<ssize_t>(bytes.size());
+        const bool written = pwrite(m_descriptor, bytes.data(), bytes.size(), 0) == size &&
+                             ftruncate(m_descriptor, size) == 0;
         require(written, "the scratch file can be written");
         return CFURL::createFromPath(m_path);
     }
