@@ -3,6 +3,7 @@
 
 #include <time.h>
 
+#include <chrono>
 #include <cstdint>
 #include <mutex>
 
@@ -14,6 +15,17 @@ namespace {
 void readZoneOnce() {
     static std::once_flag once;
     std::call_once(once, tzset);
+}
+
+/// Seconds since 1970 if the parts were of UTC.
+int64_t secondsOf(std::chrono::sys_days day, int hour, int minute, int second) {
+    return int64_t{day.time_since_epoch().count()} * 86400 + hour * 3600 + minute * 60 + second;
+}
+
+bool hasParts(const tm& parts, const DateTimeRec& date) {
+    return parts.tm_year == date.year - 1900 && parts.tm_mon == date.month - 1 &&
+           parts.tm_mday == date.day && parts.tm_hour == date.hour && parts.tm_min == date.minute &&
+           parts.tm_sec == date.second;
 }
 
 }  // namespace
@@ -36,22 +48,28 @@ DateTimeRec localDate(int64_t secondsSince1970, WeekDays days) {
 }
 
 bool localDateExists(const DateTimeRec& date) {
+    const std::chrono::year_month_day day{std::chrono::year(date.year),
+                                          std::chrono::month(static_cast<unsigned>(date.month)),
+                                          std::chrono::day(static_cast<unsigned>(date.day))};
+    if (!day.ok()) return false;
     readZoneOnce();
-    tm parts{};
-    parts.tm_year = date.year - 1900;
-    parts.tm_mon = date.month - 1;
-    parts.tm_mday = date.day;
-    parts.tm_hour = date.hour;
-    parts.tm_min = date.minute;
-    parts.tm_sec = date.second;
-    parts.tm_isdst = -1;
-    // mktime normalises; -1 is also a valid moment, so the parts decide. It leaves them alone on failure,
-    // and the marker in tm_wday tells.
-    parts.tm_wday = -1;
-    (void)mktime(&parts);
-    return parts.tm_wday != -1 && parts.tm_year == date.year - 1900 && parts.tm_mon == date.month - 1 &&
-           parts.tm_mday == date.day && parts.tm_hour == date.hour && parts.tm_min == date.minute &&
-           parts.tm_sec == date.second;
+    // Not mktime, which looks at the zone's file each time: dates are asked of thousands of photos. From
+    // the moment that has these parts in UTC the way leads by the zone's difference there, once more when
+    // the clock changed in between; nothing fits a time that it skips.
+    const int64_t wanted = secondsOf(std::chrono::sys_days(day), date.hour, date.minute, date.second);
+    time_t moment = wanted;
+    for (int attempt = 0; attempt < 4; ++attempt) {
+        tm parts{};
+        if (localtime_r(&moment, &parts) == nullptr) return false;
+        if (hasParts(parts, date)) return true;
+        const auto found = std::chrono::year(parts.tm_year + 1900) /
+                           std::chrono::month(static_cast<unsigned>(parts.tm_mon + 1)) /
+                           std::chrono::day(static_cast<unsigned>(parts.tm_mday));
+        const int64_t away =
+            wanted - secondsOf(std::chrono::sys_days(found), parts.tm_hour, parts.tm_min, parts.tm_sec);
+        moment += away != 0 ? away : 1;  // a zone with leap seconds: 23:59:60 counts as midnight
+    }
+    return false;
 }
 
 }  // namespace fi

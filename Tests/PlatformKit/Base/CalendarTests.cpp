@@ -40,6 +40,21 @@ private:
 /// Central European time with its rule spelt out, so that no zone files are needed.
 constexpr const char* kBerlin = "CET-1CEST,M3.5.0,M10.5.0/3";
 
+/// Whether mktime leaves the parts of a date as they are.
+bool keptByTheSystem(const DateTimeRec& date) {
+    tm parts{};
+    parts.tm_year = date.year - 1900;
+    parts.tm_mon = date.month - 1;
+    parts.tm_mday = date.day;
+    parts.tm_hour = date.hour;
+    parts.tm_min = date.minute;
+    parts.tm_sec = date.second;
+    parts.tm_isdst = -1;
+    const time_t moment = mktime(&parts);
+    return moment != -1 && parts.tm_mday == date.day && parts.tm_hour == date.hour &&
+           parts.tm_min == date.minute && parts.tm_sec == date.second;
+}
+
 TEST(Calendar, CountsTheDaysOfTheWeekBothWays) {
     const Zone zone("UTC0");
     EXPECT_EQ(localDate(0, WeekDays::FromZero), (DateTimeRec{1970, 1, 1, 0, 0, 0, 4}));
@@ -87,6 +102,28 @@ TEST(Calendar, NamedZonesOfTheSystemHaveTheSameRules) {
     const Zone zone("Europe/Berlin");
     EXPECT_FALSE(localDateExists({2021, 3, 28, 2, 30, 0, 0}));
     EXPECT_TRUE(localDateExists({2021, 3, 28, 3, 30, 0, 0}));
+}
+
+TEST(Calendar, ADateExistsWhereTheSystemsConversionKeepsIt) {
+    for (const char* name :
+         {"UTC0", kBerlin, "America/New_York", "Australia/Lord_Howe", "Pacific/Apia", "right/UTC"}) {
+        const Zone zone(name);
+        for (int64_t moment = -3'000'000'000; moment < 4'000'000'000; moment += 1'000'003) {
+            DateTimeRec date = localDate(moment, WeekDays::FromZero);
+            date.hour = static_cast<int16_t>(moment % 4 + 1);
+            date.minute = static_cast<int16_t>(moment / 4 % 61);
+            ASSERT_EQ(localDateExists(date), keptByTheSystem(date)) << name << " " << moment;
+        }
+    }
+}
+
+TEST(Calendar, MidnightExistsAfterALeapSecondToo) {
+    if (!std::filesystem::exists("/usr/share/zoneinfo/right/UTC"))
+        GTEST_SKIP() << "the system has no time zone files with leap seconds";
+    const Zone zone("right/UTC");
+    EXPECT_TRUE(localDateExists({2016, 12, 31, 23, 59, 60, 0}));
+    EXPECT_TRUE(localDateExists({2017, 1, 1, 0, 0, 0, 0}));
+    EXPECT_FALSE(localDateExists({2017, 1, 1, 23, 59, 60, 0}));
 }
 
 TEST(Calendar, LeapDaysExistInLeapYearsOnly) {
