@@ -98,7 +98,12 @@ bool isPDFFile(CFStringRef path) {
 }
 
 bool isQALFile(CFStringRef path) {
-    return path != nullptr && lowercased(pathExtension(path->view())) == "qal";
+    if (path == nullptr) return false;
+    // Asked of every photo that is read, so without Unicode: no other characters become these when lowered.
+    constexpr std::string_view kQal = "qal";
+    const std::string_view extension = pathExtension(path->view());
+    return std::equal(extension.begin(), extension.end(), kQal.begin(), kQal.end(),
+                      [](char c, char small) { return c == small || c == small - 'a' + 'A'; });
 }
 
 }  // namespace fi

@@ -24,6 +24,7 @@ HeadRead readHead(CFStringRef path, ReadLimit limit) {
     const uint32_t size = facts ? static_cast<uint32_t>(facts->size) : 0;
     if (size == 0) return result;
     const uint32_t wanted = limit == ReadLimit::Head ? std::min(size, kHeadBytes) : size;
+    result.readSize = wanted;
 
     if (facts->isFolder) {
         // A folder opens and then refuses to be read.

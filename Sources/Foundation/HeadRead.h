@@ -18,7 +18,7 @@ enum class ReadLimit : uint8_t { Head, None };
 struct HeadRead {
     OSErr code = kNotFoundErr;
     Ref<const CFData> data;  ///< null unless the code is 0
-    uint32_t readSize = 0;   ///< bytes that the file's size announced
+    uint32_t readSize = 0;   ///< bytes to read by the file's size, also when reading them fails
 };
 
 /// Reads at most kHeadBytes, or all. Links are followed; the size counts modulo 2^32. -43 for a missing

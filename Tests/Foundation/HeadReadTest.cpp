@@ -6,6 +6,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstring>
 #include <string>
 
@@ -101,6 +102,20 @@ TEST(HeadReadTest, FilesThatMayNotBeOpenedAreNotFound) {
     ASSERT_EQ(chmod(path.c_str(), 0), 0);
     const OrdinaryUser user;
     expectNothing(headOf(path), -43);
+}
+
+TEST(HeadReadTest, TheBytesToReadAreToldEvenWhenReadingFails) {
+    const TemporaryFolder folder;
+    ASSERT_EQ(chmod(folder.path().c_str(), 0755), 0);
+    const std::string path = folder.write("locked.jpg", patterned(70'000));
+    struct stat status {};
+    ASSERT_EQ(stat(folder.path().c_str(), &status), 0);
+    EXPECT_EQ(headOf(folder.path()).readSize, std::min<off_t>(status.st_size, 65567));
+    EXPECT_EQ(headOf(folder.at("missing.jpg")).readSize, 0U);
+    ASSERT_EQ(chmod(path.c_str(), 0), 0);
+    const OrdinaryUser user;
+    EXPECT_EQ(headOf(path).readSize, 65567U);
+    EXPECT_EQ(headOf(path, ReadLimit::None).readSize, 70'000U);
 }
 
 TEST(HeadReadTest, PipesAreNotWaitedFor) {
