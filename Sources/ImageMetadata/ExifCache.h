@@ -3,9 +3,12 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string_view>
+#include <unordered_map>
 
 #include "FileImporter/ExifInformation.h"
 #include "PlatformKit/Array.h"
@@ -14,27 +17,88 @@
 
 namespace fi {
 
+/// A record in a third of its size: hardly one names a maker.
+class PackedExifInformation {
+public:
+    explicit PackedExifInformation(const ExifInformation& info);
+    void unpack(ExifInformation& info) const;
+
+    [[nodiscard]] double modificationTime() const;
+    void setSize(uint16_t width, uint16_t height);
+    void setResolution(NSPoint resolution);
+
+private:
+    static constexpr size_t kMaker = offsetof(ExifInformation, maker);
+    static constexpr size_t kBehindMaker = kMaker + sizeof(ExifInformation::maker);
+
+    template <typename Value>
+    void store(size_t offset, Value value);
+
+    alignas(double) uint8_t m_front[kMaker];
+    alignas(double) uint8_t m_back[sizeof(ExifInformation) - kBehindMaker];
+    std::unique_ptr<uint8_t[]> m_maker;  ///< null when all of it is zero
+};
+
 /// Grows by an entry for each file and each modification time of it; entries go by flush() alone. A file
-/// matches the first entry of its path whose modification time is the file's now. Any thread.
+/// matches the first entry of its path whose modification time is the file's now. An operation looks at the
+/// file system only when the path has entries at all, and without holding the lock: a card that hangs stops
+/// nobody else. Any thread. add() and copyEntries() throw std::bad_alloc without memory, with nothing
+/// changed.
 class ExifCache {
 public:
-    ExifCache();
-    ~ExifCache();
+    /// A path with its hash, for who asks more than once. Borrows the path; null is allowed and has no
+    /// entries.
+    class Key {
+    public:
+        explicit Key(CFStringRef path);
 
-    [[nodiscard]] bool find(CFStringRef path, ExifInformation& info);
-    /// Adds an entry unless one matches. False when one does.
-    bool add(CFStringRef path, const ExifInformation& info);
-    void replaceSize(CFStringRef path, NSSize size, NSPoint resolution);
+    private:
+        friend class ExifCache;
+        CFStringRef m_path;
+        size_t m_hash;
+    };
+
+    /// Copies the matching entry's record. False, the record untouched, when none matches.
+    [[nodiscard]] bool find(const Key& key, ExifInformation& info) const;
+    /// Adds an entry, which retains the path, unless one matches. False when one does, and for a null path.
+    bool add(const Key& key, const ExifInformation& info);
+    /// Overwrites the matching entry's size (truncated, modulo 2^16), and its resolutions unless both given
+    /// are zero.
+    void replaceSize(const Key& key, NSSize size, NSPoint resolution);
     void flush();
 
     /// OWNED: an array of dictionaries, oldest first, each with the file's path under "path" and the bytes
     /// of its record under "exif".
-    [[nodiscard]] Ref<const CFArray> copyEntries();
+    [[nodiscard]] Ref<const CFArray> copyEntries() const;
 
 private:
-    struct Entries;
-    std::mutex m_lock;
-    std::unique_ptr<Entries> m_entries;
+    struct Entry {
+        Entry(CFStringRef itsPath, const ExifInformation& record) : path(retain(itsPath)), info(record) {}
+        Ref<const CFString> path;
+        PackedExifInformation info;
+        Entry* next = nullptr;  ///< the next younger one of the path
+    };
+    /// The entries of one path.
+    struct Chain {
+        Entry* first = nullptr;
+        Entry* last = nullptr;
+    };
+    struct KeyHash {
+        size_t operator()(const Key& key) const noexcept { return key.m_hash; }
+    };
+    struct KeyEqual {
+        bool operator()(const Key& a, const Key& b) const noexcept {
+            return a.m_path == b.m_path || a.m_path->view() == b.m_path->view();
+        }
+    };
+
+    [[nodiscard]] bool knows(const Key& key) const;
+    [[nodiscard]] Entry* matching(const Key& key, double modificationTime) const;
+    void append(const Key& key, const ExifInformation& info);
+
+    mutable std::mutex m_lock;
+    std::deque<Entry> m_entries;                                 ///< oldest first
+    std::unordered_map<Key, Chain, KeyHash, KeyEqual> m_chains;  ///< keys borrow the first entry's path
 };
 
 /// The process's own; never destroyed.
