@@ -25,33 +25,31 @@ constexpr Field kFields[] = {
     {14, 11, 2, 0, 23}, {17, 14, 2, 0, 59}, {19, 17, 2, 0, 59},
 };
 
+std::optional<int16_t> valueOf(std::string_view text, const Field& field) {
+    if (text.size() < field.shortest) return std::nullopt;
+    int value = 0;
+    for (const char c : text.substr(field.start, field.digits)) {
+        if (c < '0' || c > '9') return std::nullopt;
+        value = value * 10 + (c - '0');
+    }
+    if (value < field.lowest || value > field.highest) return std::nullopt;
+    return static_cast<int16_t>(value);
+}
+
 }  // namespace
 
 std::optional<int16_t> dateField(std::string_view text, int32_t field) {
     if (field < 0 || static_cast<size_t>(field) >= std::size(kFields)) return std::nullopt;
     // Beyond ASCII, bytes are not positions: one stand-in for each unit keeps the count.
-    std::string units;
-    if (!isASCII(text)) {
-        units = asciiUnits(text);
-        text = units;
-    }
-    const Field& wanted = kFields[field];
-    if (text.size() < wanted.shortest) return std::nullopt;
-    int value = 0;
-    for (const char c : text.substr(wanted.start, wanted.digits)) {
-        if (c < '0' || c > '9') return std::nullopt;
-        value = value * 10 + (c - '0');
-    }
-    if (value < wanted.lowest || value > wanted.highest) return std::nullopt;
-    return static_cast<int16_t>(value);
+    return isASCII(text) ? valueOf(text, kFields[field]) : valueOf(asciiUnits(text), kFields[field]);
 }
 
 std::optional<DateTimeRec> dateOfText(std::string_view text) {
     if (!isASCII(text)) return std::nullopt;
     DateTimeRec date{};
     int16_t* const parts[] = {&date.year, &date.month, &date.day, &date.hour, &date.minute, &date.second};
-    for (int32_t field = 0; field < static_cast<int32_t>(std::size(parts)); ++field) {
-        const auto value = dateField(text, field);
+    for (size_t field = 0; field < std::size(parts); ++field) {
+        const auto value = valueOf(text, kFields[field]);
         if (!value) return std::nullopt;
         *parts[field] = *value;
     }
