@@ -1,11 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ImageMetadata/ExifCache.h"
 
-#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <functional>
-#include <iterator>
 
 #include "ImageMetadata/FileStamp.h"
 #include "PlatformKit/Data.h"
@@ -30,7 +28,8 @@ PackedExifInformation::PackedExifInformation(const ExifInformation& info) {
     const auto* bytes = reinterpret_cast<const uint8_t*>(&info);
     std::memcpy(m_front, bytes, sizeof m_front);
     std::memcpy(m_back, bytes + kBehindMaker, sizeof m_back);
-    if (std::any_of(std::begin(info.maker), std::end(info.maker), [](char c) { return c != 0; })) {
+    static constexpr char kNoMaker[sizeof info.maker] = {};
+    if (std::memcmp(info.maker, kNoMaker, sizeof kNoMaker) != 0) {
         m_maker = std::make_unique<uint8_t[]>(sizeof info.maker);
         std::memcpy(m_maker.get(), info.maker, sizeof info.maker);
     }
@@ -86,15 +85,17 @@ bool ExifCache::add(const Key& key, const ExifInformation& info) {
     {
         // No entry, no match: the file need not be asked.
         const std::lock_guard lock(m_lock);
-        if (!m_chains.contains(key)) {
-            append(key, info);
+        const auto [chain, isNew] = m_chains.try_emplace(key);
+        if (isNew) {
+            append(chain, info);
             return true;
         }
     }
     const auto time = modificationTimeAt(key.m_path->c_str());
     const std::lock_guard lock(m_lock);
-    if (time && matching(key, *time) != nullptr) return false;
-    append(key, info);
+    const auto chain = m_chains.try_emplace(key).first;
+    if (time && matching(chain->second, *time) != nullptr) return false;
+    append(chain, info);
     return true;
 }
 
@@ -138,22 +139,25 @@ bool ExifCache::knows(const Key& key) const {
 
 ExifCache::Entry* ExifCache::matching(const Key& key, double modificationTime) const {
     const auto chain = m_chains.find(key);
-    if (chain == m_chains.end()) return nullptr;
-    Entry* entry = chain->second.first;
+    return chain != m_chains.end() ? matching(chain->second, modificationTime) : nullptr;
+}
+
+ExifCache::Entry* ExifCache::matching(const Chain& chain, double modificationTime) {
+    Entry* entry = chain.first;
     while (entry != nullptr && entry->info.modificationTime() != modificationTime)
         entry = entry->next;
     return entry;
 }
 
-void ExifCache::append(const Key& key, const ExifInformation& info) {
-    Entry& entry = m_entries.emplace_back(key.m_path, info);
+void ExifCache::append(Chains::iterator place, const ExifInformation& info) {
+    auto& [key, chain] = *place;
     try {
-        // A key that is there already stays, and with it the path of the chain's first entry.
-        Chain& chain = m_chains[key];
+        // The path that the key borrows is the first entry's, which retains it.
+        Entry& entry = m_entries.emplace_back(key.m_path, info);
         (chain.first == nullptr ? chain.first : chain.last->next) = &entry;
         chain.last = &entry;
     } catch (...) {
-        m_entries.pop_back();
+        if (chain.first == nullptr) m_chains.erase(place);
         throw;
     }
 }

@@ -88,17 +88,20 @@ private:
     };
     struct KeyEqual {
         bool operator()(const Key& a, const Key& b) const noexcept {
-            return a.m_path == b.m_path || a.m_path->view() == b.m_path->view();
+            return a.m_path == b.m_path || (a.m_hash == b.m_hash && a.m_path->view() == b.m_path->view());
         }
     };
 
+    using Chains = std::unordered_map<Key, Chain, KeyHash, KeyEqual>;
+
     [[nodiscard]] bool knows(const Key& key) const;
     [[nodiscard]] Entry* matching(const Key& key, double modificationTime) const;
-    void append(const Key& key, const ExifInformation& info);
+    [[nodiscard]] static Entry* matching(const Chain& chain, double modificationTime);
+    void append(Chains::iterator place, const ExifInformation& info);
 
     mutable std::mutex m_lock;
-    std::deque<Entry> m_entries;                                 ///< oldest first
-    std::unordered_map<Key, Chain, KeyHash, KeyEqual> m_chains;  ///< keys borrow the first entry's path
+    std::deque<Entry> m_entries;  ///< oldest first
+    Chains m_chains;              ///< keys borrow the first entry's path
 };
 
 /// The process's own; never destroyed.

@@ -9,6 +9,8 @@
 namespace fi {
 
 /// The facts from the cache or else from the file, then remembered; see ZebFileManager::readExifTag.
-[[nodiscard]] OSErr readExifTag(CFStringRef path, ExifInformation& info);
+/// Nothing is thrown: a file that memory does not suffice for counts as one that cannot be read, and facts
+/// that it does not suffice for are not remembered. Any thread.
+[[nodiscard]] OSErr readExifTag(CFStringRef path, ExifInformation& info) noexcept;
 
 }  // namespace fi

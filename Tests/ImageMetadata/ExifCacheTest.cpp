@@ -2,9 +2,7 @@
 // What is remembered of photos, and when it counts.
 #include "ImageMetadata/ExifCache.h"
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cmath>
@@ -15,6 +13,7 @@
 #include <vector>
 
 #include "Foundation/TestText.h"
+#include "ImageMetadata/ExifPhotos.h"
 #include "ImageMetadata/FileStamp.h"
 #include "PlatformKit/Data.h"
 #include "PlatformKit/Dictionary.h"
@@ -23,11 +22,6 @@
 namespace fi::test {
 
 namespace {
-
-void setModified(const std::string& path, timespec time) {
-    const timespec times[] = {time, time};
-    ASSERT_EQ(utimensat(AT_FDCWD, path.c_str(), times, AT_SYMLINK_NOFOLLOW), 0);
-}
 
 double modifiedAt(const std::string& path) {
     return modificationTimeAt(path.c_str()).value_or(-1);
@@ -120,14 +114,14 @@ TEST(ExifCacheTest, ATouchedFileGetsASecondEntryAndTheOldOneStays) {
     const TemporaryFolder folder;
     Asking asking;
     const std::string path = folder.write("photo.jpg", "x");
-    setModified(path, {1'500'000'000, 250'000'000});
+    setModified(path, 1'500'000'000, 250'000'000);
     EXPECT_TRUE(asking.add(path, recordOf(path, 1)));
-    setModified(path, {1'500'000'000, 250'001'000});
+    setModified(path, 1'500'000'000, 250'001'000);
     EXPECT_EQ(asking.widthOf(path), -1) << "a microsecond later is another file";
     EXPECT_TRUE(asking.add(path, recordOf(path, 2)));
     EXPECT_EQ(asking.widthOf(path), 2);
     EXPECT_EQ(asking.entries(), 2U);
-    setModified(path, {1'500'000'000, 250'000'000});
+    setModified(path, 1'500'000'000, 250'000'000);
     EXPECT_EQ(asking.widthOf(path), 1) << "the old entry again";
     EXPECT_FALSE(asking.add(path, recordOf(path, 3)));
 }
@@ -141,7 +135,7 @@ TEST(ExifCacheTest, OfTwoEntriesThatMatchTheOlderOneCounts) {
     EXPECT_TRUE(asking.add(path, early));
     early.width = 2;
     EXPECT_TRUE(asking.add(path, early)) << "neither is the file's";
-    setModified(path, {1'000'000'000, 500'000'000});
+    setModified(path, 1'000'000'000, 500'000'000);
     EXPECT_EQ(asking.widthOf(path), 1);
     asking.replaceSize(path, {9, 9}, {});
     EXPECT_EQ(asking.widthOf(path), 9);
@@ -159,7 +153,7 @@ TEST(ExifCacheTest, ADeletedFileNeverMatches) {
     asking.replaceSize(path, {9, 9}, {});
     EXPECT_TRUE(asking.add(path, record)) << "no entry matches";
     folder.write("photo.jpg", "x");
-    setModified(path, {0, 0});
+    setModified(path, 0);
     EXPECT_EQ(asking.widthOf(path), -1);
 }
 
@@ -168,17 +162,17 @@ TEST(ExifCacheTest, ALinkCountsByItsOwnTimeAndOnlyWhileItLeadsSomewhere) {
     Asking asking;
     const std::string target = folder.write("photo.jpg", "x");
     const std::string link = folder.link("link.jpg", "photo.jpg");
-    setModified(target, {1'400'000'000, 0});
-    setModified(link, {1'500'000'000, 0});
+    setModified(target, 1'400'000'000);
+    setModified(link, 1'500'000'000);
     EXPECT_EQ(modifiedAt(link), 1'500'000'000.0);
     ASSERT_TRUE(asking.add(link, recordOf(link, 1)));
-    setModified(target, {1'600'000'000, 0});
+    setModified(target, 1'600'000'000);
     EXPECT_EQ(asking.widthOf(link), 1) << "the target's time does not matter";
     ASSERT_EQ(unlink(target.c_str()), 0);
     EXPECT_EQ(asking.widthOf(link), -1) << "the link leads nowhere";
     folder.write("photo.jpg", "y");
     EXPECT_EQ(asking.widthOf(link), 1);
-    setModified(link, {1'500'000'001, 0});
+    setModified(link, 1'500'000'001);
     EXPECT_EQ(asking.widthOf(link), -1);
 }
 
@@ -249,7 +243,7 @@ TEST(ExifCacheTest, ReplacingTheSizeOfWhatDoesNotMatchDoesNothing) {
     EXPECT_EQ(asking.entries(), 0U);
     const ExifInformation record = recordOf(path, 1);
     ASSERT_TRUE(asking.add(path, record));
-    setModified(path, {1'000'000'000, 0});
+    setModified(path, 1'000'000'000);
     asking.replaceSize(path, {9, 9}, {9, 9});
     const auto entries = asking.cache.copyEntries();
     const auto* data = entries->at<CFDictionary>(0)->value<CFData>("exif");
@@ -290,14 +284,14 @@ TEST(ExifCacheTest, ManyPathsAndTheirVersionsAreKeptApart) {
         paths.push_back(folder.write("photo" + std::to_string(i) + ".jpg", ""));
     for (const time_t second : {1'000'000'000, 1'000'000'001, 1'000'000'002}) {
         for (uint16_t i = 0; i < kFiles; ++i) {
-            setModified(paths[i], {second, 0});
+            setModified(paths[i], second);
             ASSERT_TRUE(
                 asking.add(paths[i], recordOf(paths[i], static_cast<uint16_t>(i + second % 10 * 1000))));
         }
     }
     for (uint16_t i = 0; i < kFiles; ++i) {
         EXPECT_EQ(asking.widthOf(paths[i]), i + 2000);
-        setModified(paths[i], {1'000'000'001, 0});
+        setModified(paths[i], 1'000'000'001);
         EXPECT_EQ(asking.widthOf(paths[i]), i + 1000);
     }
     EXPECT_EQ(asking.entries(), 3U * kFiles);
