@@ -55,6 +55,19 @@ Bytes exifBlock(ByteOrder order, bool big) {
     return tiff.bytes();
 }
 
+/// Values stand behind their directories, as most programs write them; a second page follows.
+Bytes movableTiff(ByteOrder order) {
+    TiffBytes tiff(order);
+    const uint64_t exif = tiff.here() + 3 + 30 + 6;
+    tiff.addText("gap");
+    tiff.setFirst(tiff.addDirectory({{0x010F, kTiffAscii, 6, exif - 6}, {0x8769, kTiffLong, 1, exif}}, 8));
+    tiff.addText(std::string_view("Maker\0", 6));
+    tiff.addDirectory({{0x9003, kTiffAscii, 20, exif + 30}, {0x829A, kTiffRational, 1, exif + 50}});
+    tiff.addText(std::string_view("2024:05:06 07:08:09\0", 20));
+    tiff.addRational(1, 250);
+    return tiff.bytes();
+}
+
 Bytes withExif(const Bytes& jpeg) {
     const Bytes exif = exifBlock(ByteOrder::Big, false);
     const size_t length = exif.size() + 8;
@@ -174,6 +187,16 @@ void saveTags() {
     }
 }
 
+void saveSegments() {
+    save("FuzzExifSegment", "little.tif", movableTiff(ByteOrder::Little));
+    save("FuzzExifSegment", "big.tif", movableTiff(ByteOrder::Big));
+    const Bytes jpeg = withExif(makeJpeg(smallPicture(PixelLayout::Gray8), {}));
+    save("FuzzExifSegment", "first.jpg", jpeg);
+    Bytes second = {0xFF, 0xD8, 0xFF, 0xE0, 0, 7, 'J', 'F', 'I', 'F', 0};
+    second.insert(second.end(), jpeg.begin() + 2, jpeg.end());
+    save("FuzzExifSegment", "second.jpg", second);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -184,5 +207,6 @@ int main(int argc, char** argv) {
     saveTiffs();
     saveDirectories();
     saveTags();
+    saveSegments();
     return 0;
 }
