@@ -53,8 +53,9 @@ struct TIFF_EXIFSUB {
 
 /// Works on one directory of a TIFF block, `base` being its offset in the file: all its bytes (entries x 12
 /// + 2) must be there. With `measure` returns the bytes from the directory to the end of its last value,
-/// and fills `sub`; 0 when a value lies before the directory or begins in it. Without, rewrites every
-/// offset to offset - base in the file's byte order. 0 for a directory without entries.
+/// and fills `sub` (null is allowed); 0 when a value lies before the directory or begins in it. Without,
+/// rewrites every offset to offset - base in the file's byte order and returns entries x 12 + 6. 0 for a
+/// directory without entries.
 FI_EXPORT uint32_t GetSizeOrChangeOffsetIFD(unsigned char* ifd, int32_t base, uint8_t littleEndian,
                                             TIFF_EXIFSUB* sub, uint8_t measure);
 
