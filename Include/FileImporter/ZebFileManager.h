@@ -24,7 +24,7 @@ class FI_EXPORT ZebFileManager final : public NSObject {
 public:
     /// selector: defaultManager
     /// BORROWED: the one manager, made by the first call, which comes from the main thread. It is never
-    /// destroyed.
+    /// destroyed. Null only when memory does not suffice for it; the next call tries again.
     static ZebFileManager* defaultManager();
 
     /// selector: terminateManager
@@ -33,8 +33,9 @@ public:
 
     /// selector: readDataHandle:handle:
     /// The first 65567 bytes of the file at most, AUTORELEASED through `*handle`, links followed. 0; -43
-    /// (`*handle` null) for a missing or empty file, one that cannot be opened and one of the application's
-    /// project files; -108 when reading fails (a folder, a pulled card).
+    /// for a missing or empty file, one that cannot be opened and one of the application's project files;
+    /// -108 when reading fails (a folder, a pulled card) and without memory. `*handle` is null unless the
+    /// result is 0. Sizes count modulo 2^32: a file of exactly 4 GiB is an empty one.
     OSErr readDataHandle(CFStringRef path, const NSData** handle);
 
     /// selector: readDataHandle:handle:readSize:
@@ -42,8 +43,9 @@ public:
     OSErr readDataHandle(CFStringRef path, const NSData** handle, uint32_t* readSize);
 
     /// selector: readDataHandle:handle:readSize:limit:
-    /// The same, the whole file (its size modulo 2^32) when `limit` is false. `*readSize`, which may be
-    /// null, receives the bytes to be read, as soon as they are known.
+    /// The same, the whole file when `limit` is false. `*readSize`, which may be null, receives the bytes
+    /// to be read as soon as they are known, also when reading them fails then; a file that is missing,
+    /// empty or a project file leaves it alone.
     OSErr readDataHandle(CFStringRef path, const NSData** handle, uint32_t* readSize, bool limit);
 
     /// selector: fileSize:
@@ -73,7 +75,8 @@ public:
     bool exifFromCache(CFStringRef path, ExifInformation* exif);
 
     /// selector: setExifToCahce:exif:
-    /// Remembers a copy of the facts; false, nothing changed, when the unchanged file's are there already.
+    /// Remembers a copy of the facts and retains the path. False, nothing changed: facts of the file as it
+    /// is now are there already, the path is null, or memory does not suffice.
     bool setExifToCahce(CFStringRef path, const ExifInformation* exif);
 
     /// selector: flushExifCache

@@ -22,6 +22,7 @@
 #include "FileImporter/CFileImporterCocoa.h"
 #include "FileImporter/CFileSearchDC.h"
 #include "FileImporter/CapturedLog.h"
+#include "FileImporter/ZebFileManager.h"
 #include "Foundation/HeaderBytes.h"
 #include "Foundation/SaveExtension.h"
 #include "Foundation/TestText.h"
@@ -205,7 +206,12 @@ std::vector<Operation> operationsOn(const TemporaryFolder& folder) {
     const std::string path = folder.write("a rather long name for a photo.jpg", jpegWith({}));
     const auto url = urlAt(path);
     const auto free = urlAt(folder.at("a place for a copy that nothing stands at.jpg"));
+    const auto link = urlAt(folder.link("a link.jpg", "a rather long name for a photo.jpg"));
     const auto name = pascal("a folder for temporary items of this test");
+    ZebFileManager* const manager = ZebFileManager::defaultManager();
+    ExifInformation facts{};
+    EXPECT_EQ(manager->readExifTag(url->path(), &facts), kNoErr);
+    const double modified = facts.modificationTime;
     const auto list = urlAt(folder.write(
         "list.plist",
         "<plist><array><dict><key>a key that is longer than a short string</key><array><string>a text that "
@@ -273,6 +279,28 @@ std::vector<Operation> operationsOn(const TemporaryFolder& folder) {
          [=] {
              CFStringRef fileName = nullptr;
              if (NSURLGetFileNameAsCFString(url.get(), &fileName) != (fileName != nullptr)) std::abort();
+         }},
+        {"ZebFileManager::readDataHandle",
+         [=] {
+             const AutoreleasePool pool;
+             const NSData* data = nullptr;
+             const OSErr code = manager->readDataHandle(url->path(), &data);
+             if ((code == kNoErr) != (data != nullptr)) std::abort();
+         }},
+        {"ZebFileManager::readExifTag",
+         [=] {
+             ExifInformation info{};
+             manager->flushExifCache();
+             if (manager->readExifTag(url->path(), &info) != kNoErr) std::abort();
+             if (manager->readExifTag(link->path(), &info) != kNoErr) std::abort();
+         }},
+        {"ZebFileManager::setExifToCahce",
+         [=] {
+             ExifInformation info{};
+             manager->flushExifCache();
+             info.modificationTime = modified;
+             const bool added = manager->setExifToCahce(url->path(), &info);
+             if (added != manager->exifFromCache(url->path(), &info)) std::abort();
          }},
     };
 }
@@ -472,8 +500,8 @@ TEST(LibraryTest, SourcesHaveAFolderForEachSubsystem) {
     for (const auto& entry : fs::directory_iterator(sources)) {
         if (entry.is_directory()) folders.insert(entry.path().filename().string());
     }
-    EXPECT_EQ(folders, (std::set<std::string>{"FileImporter", "Foundation", "ImageMetadata",
-                                              "PhotoCollections", "PlatformKit"}));
+    EXPECT_EQ(folders, (std::set<std::string>{"DataPreparation", "FileImporter", "Foundation",
+                                              "ImageMetadata", "PhotoCollections", "PlatformKit"}));
     EXPECT_TRUE(fs::exists(sources / "FileImporter/CFileImporterCocoa.cpp"));
     for (const char* face : {"FileServices.h", "FileTypes.h", "HeadRead.h", "DateText.h"})
         EXPECT_TRUE(fs::exists(sources / "Foundation" / face)) << face;

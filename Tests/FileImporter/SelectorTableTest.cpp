@@ -37,8 +37,17 @@ constexpr Row row(std::string_view className, std::string_view selector, std::st
     return {className, selector, method, result, sizeof...(A)};
 }
 
+/// Of a method of the class itself.
+template <typename R, typename... A>
+constexpr Row row(std::string_view className, std::string_view selector, std::string_view method,
+                  R (*)(A...), std::string_view result = "") {
+    return {className, selector, method, result, sizeof...(A)};
+}
+
 const std::vector<Row>& table() {
     using F = FileSearchDC;
+    using Z = ZebFileManager;
+    using Data = const NSData**;
     static const std::vector<Row> rows = {
         row("FileSearchDC", "open:", "open", &F::open),
         row("FileSearchDC", "close", "close", &F::close),
@@ -52,6 +61,26 @@ const std::vector<Row>& table() {
         row("FileSearchDC", "addFileFromPath:", "addFileFromPath", &F::addFileFromPath),
         row("FileSearchDC", "getFileNum", "getFileNum", &F::getFileNum),
         row("FileSearchDC", "getStringAt:", "getStringAt", &F::getStringAt, "BORROWED"),
+        row("ZebFileManager", "defaultManager", "defaultManager", &Z::defaultManager, "BORROWED"),
+        row("ZebFileManager", "terminateManager", "terminateManager", &Z::terminateManager),
+        row<OSErr, Z, CFStringRef, Data>("ZebFileManager", "readDataHandle:handle:", "readDataHandle",
+                                         &Z::readDataHandle, "AUTORELEASED through `handle`"),
+        row<OSErr, Z, CFStringRef, Data, uint32_t*>("ZebFileManager",
+                                                    "readDataHandle:handle:readSize:", "readDataHandle",
+                                                    &Z::readDataHandle, "AUTORELEASED through `handle`"),
+        row<OSErr, Z, CFStringRef, Data, uint32_t*, bool>(
+            "ZebFileManager", "readDataHandle:handle:readSize:limit:", "readDataHandle", &Z::readDataHandle,
+            "AUTORELEASED through `handle`"),
+        row("ZebFileManager", "fileSize:", "fileSize", &Z::fileSize),
+        row("ZebFileManager", "fileModDate:date:", "fileModDate", &Z::fileModDate),
+        row("ZebFileManager", "fileManager:shouldProceedAfterError:", "fileManager", &Z::fileManager),
+        row("ZebFileManager", "readExifTag:info:", "readExifTag", &Z::readExifTag),
+        row("ZebFileManager", "exifFromCache:exif:", "exifFromCache", &Z::exifFromCache),
+        row("ZebFileManager", "setExifToCahce:exif:", "setExifToCahce", &Z::setExifToCahce),
+        row("ZebFileManager", "flushExifCache", "flushExifCache", &Z::flushExifCache),
+        row("ZebFileManager", "sizeFromExif:resolution:", "sizeFromExif", &Z::sizeFromExif),
+        row("ZebFileManager", "replaceSizeInCache:size:resolution:", "replaceSizeInCache",
+            &Z::replaceSizeInCache),
     };
     return rows;
 }
@@ -84,13 +113,30 @@ TEST(SelectorTableTest, EveryMemberIsNamedByTheFirstKeywordAndTakesOneArgumentAC
 }
 
 TEST(SelectorTableTest, HeadersNameEverySelectorAboveItsDeclaration) {
-    const std::string header =
-        test::readFile(std::string(FI_SOURCE_DIR) + "/Include/FileImporter/FileSearchDC.h");
     for (const Row& entry : table()) {
+        const std::string header = test::readFile(std::string(FI_SOURCE_DIR) + "/Include/FileImporter/" +
+                                                  std::string(entry.className) + ".h");
         const size_t at = header.find("/// selector: " + std::string(entry.selector) + "\n");
         ASSERT_NE(at, std::string::npos) << entry.selector;
         EXPECT_NE(header.find(" " + std::string(entry.method) + "(", at), std::string::npos)
             << entry.method;
+    }
+}
+
+TEST(SelectorTableTest, TheTableHasEverySelectorThatAHeaderNames) {
+    constexpr std::string_view kMark = "/// selector: ";
+    for (const char* className : {"FileSearchDC", "ZebFileManager"}) {
+        const std::string header =
+            test::readFile(std::string(FI_SOURCE_DIR) + "/Include/FileImporter/" + className + ".h");
+        for (size_t at = header.find(kMark); at != std::string::npos; at = header.find(kMark, at + 1)) {
+            const size_t start = at + kMark.size();
+            const std::string selector = header.substr(start, header.find('\n', start) - start);
+            EXPECT_TRUE(std::any_of(table().begin(), table().end(),
+                                    [&](const Row& entry) {
+                                        return entry.className == className && entry.selector == selector;
+                                    }))
+                << className << " " << selector;
+        }
     }
 }
 
