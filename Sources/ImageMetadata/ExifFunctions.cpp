@@ -6,6 +6,7 @@
 #include "ImageMetadata/AdobeRGB.h"
 #include "ImageMetadata/ExifSegment.h"
 #include "ImageMetadata/ExifValues.h"
+#include "ImageMetadata/QuickReaders.h"
 #include "PlatformKit/Base/Boundary.h"
 
 namespace fi {
@@ -38,6 +39,10 @@ uint8_t Exif_GetValueFromType(void* out, const IMAGETAG_INFO* info) {
 
 bool ExifCheckAdobeRGB() {
     return guarded([] { return isAdobeRGB(gImageTag); }, false);
+}
+
+OSErr ReadExifTagForZebFileManager(CFURLRef url, tCacheInfo* info) {
+    return readExifTagInto(url, *info);
 }
 
 uint32_t GetSizeOrChangeOffsetIFD(unsigned char* ifd, int32_t base, uint8_t littleEndian, TIFF_EXIFSUB* sub,

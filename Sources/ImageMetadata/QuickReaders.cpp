@@ -10,6 +10,7 @@
 #include "Foundation/FileTypes.h"
 #include "Foundation/HeadRead.h"
 #include "Foundation/ImageFacts.h"
+#include "ImageMetadata/ExifFacts.h"
 #include "ImageMetadata/ExifValues.h"
 #include "ImageMetadata/HeldTag.h"
 #include "PlatformKit/Base/Faults.h"
@@ -179,6 +180,18 @@ bool checkPhotoSize(const tCacheInfo* record, CFURLRef url, Rect* bounds) {
 int16_t disposeExifTagData(char* block) {
     std::free(block);
     return 1;
+}
+
+OSErr readExifTagInto(CFURLRef url, tCacheInfo& info) {
+    if (pathOf(url) == nullptr) return kNotFoundErr;
+    ExifInformation facts{};
+    const OSErr code = readExifTag(url->path(), facts);
+    if (code != kNoErr) return code;
+    info.date = facts.date;
+    info.orientation = static_cast<uint16_t>(facts.orientation);
+    info.exifValue1 = facts.width;
+    info.exifValue2 = facts.height;
+    return kNoErr;
 }
 
 }  // namespace fi

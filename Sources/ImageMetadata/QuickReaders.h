@@ -55,4 +55,7 @@ OSErr readExifOrientation(CFURLRef url, int16_t* orientation);
 /// Frees a block of Exif data; null is allowed. Always 1.
 int16_t disposeExifTagData(char* block);
 
+/// See ReadExifTagForZebFileManager. Any thread.
+[[nodiscard]] OSErr readExifTagInto(CFURLRef url, tCacheInfo& info);
+
 }  // namespace fi
