@@ -326,6 +326,31 @@ TEST(CIMAGETAGDirectoriesTest, HasExifTellsOfTheLastParse) {
     EXPECT_EQ(tag.HasExifIFD(), 0);
 }
 
+TEST(CIMAGETAGDirectoriesTest, TheStepsOneByOneDoWhatAParseDoes) {
+    for (const ByteOrder order : kBothOrders) {
+        const Bytes bytes = completeFile(order, kTiffHeader).bytes();
+        const Bytes before = bytes;
+        const char* data = reinterpret_cast<const char*>(bytes.data());
+        const auto size = static_cast<uint32_t>(bytes.size());
+        OpenTag tag;
+        Outcome outcome;
+        ASSERT_EQ(tag.SearchFirstIFD(data, size, &outcome.answer.error), 1);
+        outcome.answer.result =
+            tag.SetTiffInfo(data, size, &outcome.nextOffset, &outcome.nextSize, &outcome.answer.error);
+        EXPECT_EQ(outcome.answer, kDone);
+        EXPECT_EQ(tag.counts(), (Counts{1, 1, 1, 1, 1, 1, 1, 1}));
+        EXPECT_TRUE(bytes == before);
+        OpenTag cut;
+        ASSERT_EQ(cut.SearchFirstIFD(data, size, &outcome.answer.error), 1);
+        outcome.answer.result =
+            cut.SetTiffInfo(data, 350, &outcome.nextOffset, &outcome.nextSize, &outcome.answer.error);
+        EXPECT_EQ(outcome.answer, kMore);
+        EXPECT_EQ(outcome.nextOffset, 400U);
+        EXPECT_EQ(outcome.nextSize, kStep);
+        EXPECT_EQ(cut.counts(), (Counts{1}));
+    }
+}
+
 TEST(CIMAGETAGDirectoriesTest, AnotherParseAddsToTheSlots) {
     OpenTag tag;
     const TagBytes file = completeFile(ByteOrder::Little, kTiffHeader);

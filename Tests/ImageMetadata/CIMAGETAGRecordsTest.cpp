@@ -361,6 +361,17 @@ TEST(CIMAGETAGRecordsTest, EveryRequestForMemoryOfAParseMayFail) {
     EXPECT_GE(refusals, 2 * 16);
 }
 
+TEST(CIMAGETAGRecordsTest, EntriesThatShareAValueDoNotMultiplyIt) {
+    constexpr uint32_t kCount = 32767;
+    const std::vector<TagEntry> entries(2730, entryAt(700, 12, kCount, 40'000));
+    const TagBytes file = TagBytes(ByteOrder::Little).directory(8, entries).length(40'000 + 8 * kCount);
+    OpenTag tag;
+    EXPECT_EQ(parse(tag, file).answer, kNoMemory);
+    EXPECT_GT(tag.field(0).count, 1);
+    EXPECT_LE(uint64_t{8 * kCount} * static_cast<uint64_t>(tag.field(0).count),
+              file.bytes().size() + (16U << 20U));
+}
+
 TEST(CIMAGETAGRecordsTest, TheLibrarysOwnReaderIsReadyForUse) {
     ASSERT_EQ(parse(gImageTag, completeFile()).answer, kDone);
     uint32_t error = kUntouched;

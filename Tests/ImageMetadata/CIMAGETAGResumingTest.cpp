@@ -300,7 +300,9 @@ TEST(CIMAGETAGResumingTest, PositionsCountFromTheFilesStart) {
         };
         OpenTag value;
         EXPECT_EQ(resumed(value, entryAt(270, 2, 5, kBehind + 7), 0), kDone);
-        EXPECT_EQ(value.record(0).value[3], order == ByteOrder::Big ? 'A' : 'D');
+        // The end of the count and the start of the field of the entry there.
+        EXPECT_EQ(bytesOf(value.record(0)),
+                  order == ByteOrder::Big ? (Bytes{0, 0, 4, 'A', 'B'}) : (Bytes{0, 0, 0, 'D', 'C'}));
         OpenTag pointer;
         EXPECT_EQ(resumed(pointer, longEntry(kExifPointer, kBehind), 0), kDone);
         EXPECT_EQ(pointer.counts(), (Counts{0, 1}));

@@ -49,6 +49,16 @@ Bytes valueOfField(ByteOrder order, uint16_t type, uint32_t count, const std::ve
     return bytesOf(tag.record(0));
 }
 
+/// GetTagData() of an entry in host order, the record being filled with nonsense before.
+Answer readEntry(OpenTag& tag, const Bytes& entry, const Bytes& data, IMAGETAG_INFO& record) {
+    std::memset(&record, 0xA5, sizeof record);
+    Answer answer{-1, kUntouched};
+    answer.result = tag.GetTagData(reinterpret_cast<const char*>(entry.data()), &record,
+                                   reinterpret_cast<const char*>(data.data()),
+                                   static_cast<uint32_t>(data.size()), &answer.error);
+    return answer;
+}
+
 }  // namespace
 
 TEST(CIMAGETAGValuesTest, BothByteOrdersGiveTheSameRecords) {
@@ -405,22 +415,36 @@ TEST(CIMAGETAGValuesTest, ValuesBeforeTheDirectoryAreRead) {
 TEST(CIMAGETAGValuesTest, ASingleEntryIsReadByItself) {
     OpenTag tag;
     const Bytes data = TagBytes(ByteOrder::Little).text(20, "some text").length(40).bytes();
-    const Bytes entry = {0x0E, 0x01, 2, 0, 9, 0, 0, 0, 20, 0, 0, 0};
     IMAGETAG_INFO record;
-    std::memset(&record, 0xA5, sizeof record);
-    uint32_t error = kUntouched;
-    const uint8_t result = tag.GetTagData(reinterpret_cast<const char*>(entry.data()), &record,
-                                          reinterpret_cast<const char*>(data.data()),
-                                          static_cast<uint32_t>(data.size()), &error);
-    EXPECT_EQ((Answer{result, error}), kDone);
+    EXPECT_EQ(readEntry(tag, {0x0E, 0x01, 2, 0, 9, 0, 0, 0, 20, 0, 0, 0}, data, record), kDone);
     EXPECT_EQ(record.tag, 270);
     EXPECT_EQ(record.type, 2);
     EXPECT_EQ(record.kind, kImageTagKindPlain);
     EXPECT_EQ(record.count, 9);
     EXPECT_STREQ(record.value, "some text");
     EXPECT_EQ(parsedOf(record), Parsed{});
+    uint32_t error = kUntouched;
     ASSERT_EQ(tag.PushChain(&record, 0, &error), 1);
     EXPECT_EQ(tag.counts(), (Counts{1}));
+}
+
+TEST(CIMAGETAGValuesTest, ASingleEntryThatCannotBeReadLeavesNoValue) {
+    OpenTag tag;
+    const Bytes data(40);
+    IMAGETAG_INFO record;
+    EXPECT_EQ(readEntry(tag, {0x0E, 0x01, 13, 0, 9, 0, 0, 0, 20, 0, 0, 0}, data, record), kBadData);
+    EXPECT_EQ(record.value, nullptr);
+    EXPECT_EQ(readEntry(tag, {0x0E, 0x01, 2, 0, 9, 0, 0, 0, 32, 0, 0, 0}, data, record), kBadData);
+    EXPECT_EQ(record.value, nullptr);
+    EXPECT_EQ(record.tag, 270);
+    EXPECT_EQ(record.type, 2);
+    EXPECT_EQ(record.count, 9);
+    EXPECT_EQ(readEntry(tag, {0x0E, 0x01, 2, 0, 0, 0x80, 0, 0, 20, 0, 0, 0}, data, record), kNoMemory);
+    EXPECT_EQ(record.value, nullptr);
+    EXPECT_EQ(record.count, -32768);
+    const OneRefusal refusal(0);
+    EXPECT_EQ(readEntry(tag, {0x0E, 0x01, 2, 0, 9, 0, 0, 0, 20, 0, 0, 0}, data, record), kNoMemory);
+    EXPECT_EQ(record.value, nullptr);
 }
 
 }  // namespace fi::test

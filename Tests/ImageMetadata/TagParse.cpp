@@ -52,6 +52,7 @@ std::vector<uint64_t> numbersOf(const IMAGETAG_INFO& record) {
     const Bytes bytes = bytesOf(record);
     const uint32_t unit = unitSizeOfType(record.type);
     std::vector<uint64_t> numbers;
+    if (unit == 0) return numbers;
     for (size_t at = 0; at + unit <= bytes.size(); at += unit) {
         uint64_t number = 0;
         std::memcpy(&number, bytes.data() + at, unit);
