@@ -58,18 +58,27 @@ TEST(PhotoLine, JsonGivesTheExactBytesOfANameThatIsNoUtf8) {
 TEST(PhotoLine, TableAlignsItsColumns) {
     const PhotoTable table({"/a/ABCD0001.JPG", "/a/b.tif"});
     PhotoFacts facts = someFacts();
-    EXPECT_EQ(table.row(facts, 1), "1  ABCD0001.JPG  jpeg   123.5 kB  2004-05-01 06:07:08");
-    facts.path = "/a/b.tif";
-    facts.bytes.reset();
-    facts.modified.reset();
-    EXPECT_EQ(table.row(facts, 2), "2  b.tif         tiff          -  -");
+    facts.date = DateTimeRec{2004, 5, 1, 1, 2, 3, 0};
+    facts.orientation = 6;
+    facts.width = 4000;
+    facts.height = 3000;
+    facts.exif = true;
+    EXPECT_EQ(table.row(facts, 1),
+              "1  ABCD0001.JPG  jpeg   123.5 kB  4000 x 3000  6  exif  2004-05-01 01:02:03");
+    PhotoFacts nothing;
+    nothing.path = "/a/b.tif";
+    facts.exif = false;
+    facts.orientation.reset();
+    EXPECT_EQ(table.row(facts, 1),
+              "1  ABCD0001.JPG  jpeg   123.5 kB  4000 x 3000  -  -     2004-05-01 01:02:03");
+    EXPECT_EQ(table.row(nothing, 2), "2  b.tif         tiff          -            -  -  -     -");
 }
 
 TEST(PhotoLine, TableKeepsALineToALine) {
     const PhotoTable table({"/a/x\ny.jpg"});
     PhotoFacts facts;
     facts.path = "/a/x\ny.jpg";
-    EXPECT_EQ(table.row(facts, 1), "1  x\\ny.jpg  jpeg          -  -");
+    EXPECT_EQ(table.row(facts, 1), "1  x\\ny.jpg  jpeg          -            -  -  -     -");
 }
 
 TEST(PhotoFacts, TypeComesFromTheName) {

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // fileimporter sheet, from its command line to its exit status.
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/stat.h>
+#include <time.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -59,6 +61,35 @@ TEST_F(Sheet, AnOldOneIsReplaced) {
     EXPECT_EQ(runTool({"sheet", m_card.path(), "-o", out("sheet.jpg")}).status, 0);
     EXPECT_EQ(written(), std::vector<std::string>{"sheet.jpg"});
     EXPECT_NE(readFile(out("sheet.jpg")), "an old sheet");
+}
+
+/// Gives a file the local date 05-01 06:07 of a year.
+void setYear(const std::string& file, int year) {
+    tm date{};
+    date.tm_year = year - 1900;
+    date.tm_mon = 4;
+    date.tm_mday = 1;
+    date.tm_hour = 6;
+    date.tm_min = 7;
+    date.tm_isdst = -1;
+    const timespec time{mktime(&date), 0};
+    const timespec times[2] = {time, time};
+    ASSERT_EQ(utimensat(AT_FDCWD, file.c_str(), times, 0), 0);
+}
+
+TEST_F(Sheet, ACaptionTellsTheDateThatTheListTells) {
+    TiffDirectory exif;
+    exif.bytes(0x9000, 7, {'0', '2', '3', '0'}).text(0x9003, "2004:05:01 06:07:08");
+    const Bytes plain = jpegOf(testPicture(320, 240));
+    const Bytes block = tiffBlock({TiffDirectory().directory(0x8769, exif)}, ByteOrder::Little);
+    const auto sheetOf = [&](const Bytes& photo, int year) {
+        setYear(m_card.write("a.jpg", photo), year);
+        EXPECT_EQ(runTool({"sheet", m_card.path(), "-o", out("sheet.tif")}).status, 0);
+        return readFile(out("sheet.tif"));
+    };
+    const std::string taken = sheetOf(withExif(plain, block), 2005);
+    EXPECT_TRUE(taken == sheetOf(plain, 2004));
+    EXPECT_FALSE(taken == sheetOf(plain, 2005));
 }
 
 TEST_F(Sheet, SmallPhotosAreNotEnlarged) {

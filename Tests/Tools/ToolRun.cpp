@@ -89,7 +89,8 @@ std::vector<std::string> ToolResult::lines() const {
     return found;
 }
 
-ToolRun::ToolRun(const std::vector<std::string>& arguments, const std::string& out) {
+ToolRun::ToolRun(const std::vector<std::string>& arguments, const std::string& out,
+                 const std::string& err) {
     std::vector<std::string> words = {FILEIMPORTER_TOOL};
     words.insert(words.end(), arguments.begin(), arguments.end());
     std::vector<std::string> variables = toolEnvironment();
@@ -102,7 +103,9 @@ ToolRun::ToolRun(const std::vector<std::string>& arguments, const std::string& o
         const int in = open("/dev/null", O_RDONLY | O_CLOEXEC);
         const bool closes = out == kClosed;
         const int to = out.empty() || closes ? output.write : open(out.c_str(), O_WRONLY | O_CLOEXEC);
-        becomeTool(pointers.data(), environment.data(), {in, to, errors.write, closes});
+        const int complaints =
+            err.empty() ? errors.write : open(err.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY);
+        becomeTool(pointers.data(), environment.data(), {in, to, complaints, closes});
     }
     close(output.write);
     close(errors.write);

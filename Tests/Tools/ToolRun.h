@@ -25,8 +25,10 @@ class ToolRun {
 public:
     static constexpr const char* kClosed = ">&-";
 
-    /// `out` is where its standard output goes: a file's path, kClosed, or empty to keep it.
-    explicit ToolRun(const std::vector<std::string>& arguments, const std::string& out = {});
+    /// `out` is where its standard output goes: a file's path, kClosed, or empty to keep it. `err` is the
+    /// same for standard error, which is not closed.
+    explicit ToolRun(const std::vector<std::string>& arguments, const std::string& out = {},
+                     const std::string& err = {});
     ~ToolRun();
     ToolRun(const ToolRun&) = delete;
     ToolRun& operator=(const ToolRun&) = delete;

@@ -7,28 +7,8 @@
 #include "Console.h"
 #include "PhotoLine.h"
 #include "PictureFacts.h"
-#include "PlatformKit/ImageSource.h"
 
 namespace fi {
-
-namespace {
-
-PhotoFacts readFacts(const std::string& path) {
-    const AutoreleasePool pool;
-    PhotoFacts facts = readFileFacts(path);
-    if (facts.error) return facts;
-    ImageFailure failure;
-    const auto source = ImageSource::open(CFURL::createFromPath(path).get(), &failure);
-    const auto properties = source ? source->copyProperties(0, &failure) : nullptr;
-    if (properties) {
-        addPictureFacts(facts, *properties);
-    } else {
-        facts.error = photoError(failure);
-    }
-    return facts;
-}
-
-}  // namespace
 
 InfoCommand::InfoCommand(CLI::App& tool) : Command(tool, "info", "Tell the facts of single files") {
     app().add_flag("--json", m_json, "One JSON object a line");
@@ -39,7 +19,7 @@ ExitStatus InfoCommand::run(Console& console) {
     size_t failed = 0;
     size_t missing = 0;
     for (const std::string& file : m_files) {
-        const PhotoFacts facts = readFacts(file);
+        const PhotoFacts facts = readPhotoFacts(file);
         if (!console.out().line(m_json ? jsonLine(facts, std::nullopt) : factsParagraph(facts))) break;
         if (!facts.error) continue;
         console.complain(file, facts.error->text);

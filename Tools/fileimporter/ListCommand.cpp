@@ -6,8 +6,25 @@
 #include "Arguments.h"
 #include "Console.h"
 #include "PhotoLine.h"
+#include "PictureFacts.h"
 
 namespace fi {
+
+namespace {
+
+/// Of a kind that is listed though it cannot be read. What calls itself JPEG or TIFF must be a picture.
+bool isListedUnread(const PhotoFacts& facts) {
+    const auto type = photoType(facts.path);
+    return facts.ofUnknownKind && type != "jpeg" && type != "tiff";
+}
+
+PhotoFacts factsForList(const std::string& path) {
+    PhotoFacts facts = readPhotoFacts(path);
+    if (isListedUnread(facts)) facts.error.reset();
+    return facts;
+}
+
+}  // namespace
 
 ListCommand::ListCommand(CLI::App& tool)
     : Command(tool, "list", "List the photos of a card, a folder or a list") {
@@ -30,14 +47,18 @@ ExitStatus ListCommand::run(Console& console) {
     }
     const PhotoTable table(found.photos);
     auto status = found.complete ? ExitStatus::AllDone : ExitStatus::SomeFailed;
+    // On a terminal the list itself shows how far it has come.
+    const bool showsProgress = !Output::isTerminal();
     size_t index = 0;
     for (const std::string& path : found.photos) {
-        const PhotoFacts facts = readFileFacts(path);
+        const PhotoFacts facts = factsForList(path);
         ++index;
         if (!console.out().line(m_json ? jsonLine(facts, index) : table.row(facts, index))) break;
-        if (!facts.error) continue;
-        console.complain(path, facts.error->text);
-        status = ExitStatus::SomeFailed;
+        if (facts.error) {
+            console.complain(path, facts.error->text);
+            status = ExitStatus::SomeFailed;
+        }
+        if (showsProgress) console.progress().advance(index, found.photos.size());
     }
     return status;
 }

@@ -23,4 +23,8 @@ bool Output::line(std::string_view text) {
     return m_open;
 }
 
+bool Output::isTerminal() {
+    return isatty(STDOUT_FILENO) == 1;
+}
+
 }  // namespace fi

@@ -12,6 +12,8 @@ public:
     /// will be.
     bool line(std::string_view text);
 
+    [[nodiscard]] static bool isTerminal();
+
     /// What the system says about a line that could not be written; 0 when all went out, and when the
     /// reader has only closed its end, as `head` does.
     [[nodiscard]] int error() const { return m_error; }

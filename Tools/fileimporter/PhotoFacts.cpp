@@ -51,17 +51,6 @@ std::optional<PhotoError> faultOf(const struct stat& status) {
     return std::nullopt;
 }
 
-std::optional<PhotoError> faultOfOpening(const std::string& path) {
-    // Without blocking: a pipe may have taken the file's place meanwhile.
-    const int descriptor = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);
-    if (descriptor < 0) return systemError(errno);
-    struct stat status {};
-    const bool known = fstat(descriptor, &status) == 0;
-    const int problem = errno;
-    close(descriptor);
-    return known ? faultOf(status) : systemError(problem);
-}
-
 }  // namespace
 
 std::string_view photoType(std::string_view path) {
@@ -84,9 +73,20 @@ PhotoFacts readFileFacts(const std::string& path) {
     }
     if (S_ISREG(status.st_mode)) facts.bytes = static_cast<uint64_t>(status.st_size);
     facts.modified = modificationDate(path);
+    facts.date = facts.modified;
     facts.error = faultOf(status);
-    if (!facts.error) facts.error = faultOfOpening(path);
     return facts;
+}
+
+std::optional<PhotoError> faultOfOpening(const std::string& path) {
+    // Without blocking: a pipe may have taken the file's place meanwhile.
+    const int descriptor = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);
+    if (descriptor < 0) return systemError(errno);
+    struct stat status {};
+    const bool known = fstat(descriptor, &status) == 0;
+    const int problem = errno;
+    close(descriptor);
+    return known ? faultOf(status) : systemError(problem);
 }
 
 }  // namespace fi

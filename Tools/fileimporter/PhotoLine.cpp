@@ -45,6 +45,29 @@ std::string sizeWords(uint64_t bytes) {
                         : fmt::format("{} ({} bytes)", readableSize(bytes), bytes);
 }
 
+std::string pixelWords(const PhotoFacts& facts) {
+    if (!facts.width || !facts.height) return std::string(kUnknown);
+    return fmt::format("{} x {}", *facts.width, *facts.height);
+}
+
+void addFacts(Json& object, const PhotoFacts& facts) {
+    object["path"] = asUtf8(facts.path);
+    if (!isUtf8(facts.path)) object["pathBytes"] = base64(facts.path);
+    object["name"] = asUtf8(fileName(facts.path));
+    object["type"] = photoType(facts.path);
+    object["bytes"] = orNull(facts.bytes);
+    object["modified"] = orNull(facts.modified);
+    object["date"] = orNull(facts.date);
+    object["orientation"] = orNull(facts.orientation);
+    object["width"] = orNull(facts.width);
+    object["height"] = orNull(facts.height);
+    object["exif"] = orNull(facts.exif);
+}
+
+void addError(Json& object, const PhotoFacts& facts) {
+    if (facts.error) object["error"] = {{"code", facts.error->code}, {"text", asUtf8(facts.error->text)}};
+}
+
 }  // namespace
 
 std::string isoDate(const DateTimeRec& date) {
@@ -58,18 +81,8 @@ std::string readableDate(const DateTimeRec& date) {
 std::string jsonLine(const PhotoFacts& facts, std::optional<size_t> index) {
     Json object;
     if (index) object["index"] = *index;
-    object["path"] = asUtf8(facts.path);
-    if (!isUtf8(facts.path)) object["pathBytes"] = base64(facts.path);
-    object["name"] = asUtf8(fileName(facts.path));
-    object["type"] = photoType(facts.path);
-    object["bytes"] = orNull(facts.bytes);
-    object["modified"] = orNull(facts.modified);
-    object["date"] = orNull(facts.date);
-    object["orientation"] = orNull(facts.orientation);
-    object["width"] = orNull(facts.width);
-    object["height"] = orNull(facts.height);
-    object["exif"] = orNull(facts.exif);
-    if (facts.error) object["error"] = {{"code", facts.error->code}, {"text", asUtf8(facts.error->text)}};
+    addFacts(object, facts);
+    addError(object, facts);
     return object.dump();
 }
 
@@ -81,8 +94,8 @@ std::string factsParagraph(const PhotoFacts& facts) {
     add("type", std::string(photoType(facts.path)));
     if (facts.bytes) add("size", sizeWords(*facts.bytes));
     if (facts.modified) add("modified", readableDate(*facts.modified));
-    if (facts.date) add("taken", readableDate(*facts.date));
-    if (facts.width && facts.height) add("pixels", fmt::format("{} x {}", *facts.width, *facts.height));
+    if (facts.date) add("date", readableDate(*facts.date));
+    if (facts.width && facts.height) add("pixels", pixelWords(facts));
     if (facts.orientation) add("orientation", fmt::format("{}", *facts.orientation));
     if (facts.exif) add("exif", *facts.exif ? "yes" : "no");
     if (facts.error) add("error", facts.error->text);
@@ -97,10 +110,13 @@ PhotoTable::PhotoTable(const std::vector<std::string>& paths)
 }
 
 std::string PhotoTable::row(const PhotoFacts& facts, size_t index) const {
-    return fmt::format("{:>{}}  {}  {:<5}  {:>8}  {}", index, m_indexWidth,
-                       padded(printable(fileName(facts.path)), m_nameWidth), photoType(facts.path),
-                       facts.bytes ? readableSize(*facts.bytes) : kUnknown,
-                       dateOr(facts.modified, kUnknown));
+    const std::string bytes = facts.bytes ? readableSize(*facts.bytes) : std::string(kUnknown);
+    const std::string orientation =
+        facts.orientation ? fmt::format("{}", *facts.orientation) : std::string(kUnknown);
+    return fmt::format("{:>{}}  {}  {:<5}  {:>8}  {:>11}  {}  {:<4}  {}", index, m_indexWidth,
+                       padded(printable(fileName(facts.path)), m_nameWidth), photoType(facts.path), bytes,
+                       pixelWords(facts), orientation, facts.exif == true ? "exif" : kUnknown,
+                       dateOr(facts.date, kUnknown));
 }
 
 }  // namespace fi

@@ -22,7 +22,8 @@ namespace fi {
 /// Several lines, the first one the path.
 [[nodiscard]] std::string factsParagraph(const PhotoFacts& facts);
 
-/// Rows of one list, in columns: index, name, type, size and modification date.
+/// Rows of one list, in columns: index, name, type, size, stored pixels, orientation, Exif or not, and
+/// date.
 class PhotoTable {
 public:
     explicit PhotoTable(const std::vector<std::string>& paths);

@@ -2,9 +2,12 @@
 #include "PictureFacts.h"
 
 #include <cctype>
+#include <utility>
 
 #include "FileImporter/CFileImporterCocoa.h"
+#include "PlatformKit/AutoreleasePool.h"
 #include "PlatformKit/ImageProperties.h"
+#include "PlatformKit/ImageSource.h"
 #include "PlatformKit/Number.h"
 
 namespace fi {
@@ -59,6 +62,22 @@ OSErr codeOf(ImageError error) {
 
 }  // namespace
 
+PhotoFacts readPhotoFacts(const std::string& path) {
+    const AutoreleasePool pool;
+    PhotoFacts facts = readFileFacts(path);
+    if (facts.error) return facts;
+    ImageFailure failure;
+    const auto source = ImageSource::open(CFURL::createFromPath(path).get(), &failure);
+    const auto properties = source ? source->copyProperties(0, &failure) : nullptr;
+    if (properties) {
+        addPictureFacts(facts, *properties);
+    } else {
+        facts.error = readError(path, failure);
+        facts.ofUnknownKind = failure.code == ImageError::NotAnImage;
+    }
+    return facts;
+}
+
 std::optional<DateTimeRec> dateTaken(const CFDictionary& properties) {
     const auto value = properties.copyValue(kCGImagePropertyExifDictionary->view());
     const auto* exif = dynamic_cast<const CFDictionary*>(value.get());
@@ -68,7 +87,7 @@ std::optional<DateTimeRec> dateTaken(const CFDictionary& properties) {
 }
 
 void addPictureFacts(PhotoFacts& facts, const CFDictionary& properties) {
-    facts.date = dateTaken(properties);
+    if (const auto taken = dateTaken(properties)) facts.date = taken;
     facts.orientation = numberOf(properties, kCGImagePropertyOrientation);
     facts.width = numberOf(properties, kCGImagePropertyPixelWidth);
     facts.height = numberOf(properties, kCGImagePropertyPixelHeight);
@@ -78,6 +97,13 @@ void addPictureFacts(PhotoFacts& facts, const CFDictionary& properties) {
 PhotoError photoError(const ImageFailure& failure) {
     const OSErr code = codeOf(failure.code);
     return {code, failure.text ? asClause(failure.text->view()) : resultCodeText(code)};
+}
+
+PhotoError readError(const std::string& path, const ImageFailure& failure) {
+    if (failure.code == ImageError::CannotOpen) {
+        if (auto fault = faultOfOpening(path)) return *std::move(fault);
+    }
+    return photoError(failure);
 }
 
 }  // namespace fi

@@ -8,13 +8,20 @@
 
 namespace fi {
 
-/// Date, orientation, stored size and Exif from an image source's properties.
-void addPictureFacts(PhotoFacts& facts, const CFDictionary& properties);
+/// All facts of a photo. `error` when it is no picture that can be read; what is known is there all the
+/// same.
+[[nodiscard]] PhotoFacts readPhotoFacts(const std::string& path);
 
 /// When the photo was taken; else when it was digitised; nothing when the properties tell neither.
 [[nodiscard]] std::optional<DateTimeRec> dateTaken(const CFDictionary& properties);
 
+/// Date, orientation, stored size and Exif from an image source's properties.
+void addPictureFacts(PhotoFacts& facts, const CFDictionary& properties);
+
 /// The failure as a result code and as words that can follow a file's name and a colon.
 [[nodiscard]] PhotoError photoError(const ImageFailure& failure);
+
+/// The same for a file that was to be read; of one that could not be opened it tells why.
+[[nodiscard]] PhotoError readError(const std::string& path, const ImageFailure& failure);
 
 }  // namespace fi

@@ -64,7 +64,8 @@ std::optional<PhotoError> SheetPainter::paintPicture(size_t index, const PhotoFa
     const auto source = ImageSource::open(CFURL::createFromPath(facts.path).get(), &failure);
     const auto picture =
         source ? createUprightImage(*source, 0, m_pictureSide, m_pictureSide, &failure) : nullptr;
-    if (!picture) return paintFailure(index, name, photoError(failure), shortReason(failure.code));
+    if (!picture)
+        return paintFailure(index, name, readError(facts.path, failure), shortReason(failure.code));
     if (picture->isDamaged()) {
         m_page.drawDamagedPhoto(index, *picture, name, "incomplete");
         return PhotoError{kUnreadableImageErr, "a part of the picture is missing"};
