@@ -123,7 +123,7 @@ protected:
 
     void runEverything() const {
         EXPECT_EQ(runTool({"list", m_card.path()}).status, 1);
-        EXPECT_EQ(runTool({"info", m_photo}).status, 0);
+        EXPECT_EQ(runTool({"info", "--tags", m_photo}).status, 0);
         EXPECT_EQ(runTool({"sheet", m_card.path(), "-o", m_out.at("sheet.jpg")}).status, 1);
         EXPECT_TRUE(fs::exists(m_out.at("sheet.jpg")));
     }

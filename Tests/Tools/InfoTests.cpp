@@ -2,6 +2,7 @@
 // fileimporter info, from its command line to its exit status.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <nlohmann/json.hpp>
 
@@ -74,6 +75,60 @@ TEST_F(Info, ADateThatIsNoneIsThatOfTheFile) {
     const Json photo = only({"info", "--json", writeJpeg("a.jpg", 0, "0000:00:00 00:00:00")});
     EXPECT_EQ(photo.at("date"), photo.at("modified"));
     EXPECT_EQ(photo.at("exif"), true);
+}
+
+TEST_F(Info, WithTagsJsonHasEveryTagByItsDirectory) {
+    const std::string file = writeJpeg("a.jpg", 6, "2004:05:01 06:07:08");
+    const Json photo = only({"info", "--tags", "--json", file});
+    std::vector<std::string> keys;
+    for (const auto& item : photo.items())
+        keys.push_back(item.key());
+    EXPECT_EQ(keys,
+              (std::vector<std::string>{"path", "name", "type", "bytes", "modified", "date", "orientation",
+                                        "width", "height", "exif", "tags", "tagsIncomplete"}));
+    EXPECT_EQ(photo.at("tags").dump(),
+              R"({"IFD0":[{"tag":274,"name":"Orientation","type":"SHORT","count":1,"value":6}],)"
+              R"("Exif":[{"tag":36864,"name":"ExifVersion","type":"UNDEFINED","count":4,)"
+              R"("value":"MDIzMA=="},{"tag":36867,"name":"DateTimeOriginal","type":"ASCII","count":20,)"
+              R"("value":"2004:05:01 06:07:08"}]})");
+    EXPECT_EQ(photo.at("tagsIncomplete"), false);
+}
+
+TEST_F(Info, WithTagsAFileWithoutThemHasAnEmptyObject) {
+    const std::string plain = m_folder.write("a.jpg", jpegOf(testPicture(64, 48)));
+    EXPECT_EQ(only({"info", "--tags", "--json", plain}).at("tags").dump(), "{}");
+    const std::string text = m_folder.write("text.jpg", "This is no picture, whatever its name says.");
+    const Json photo = only({"info", "--tags", "--json", text});
+    EXPECT_EQ(photo.at("tags").dump(), "{}");
+    EXPECT_EQ(photo.at("error").at("code"), 1100);
+}
+
+TEST_F(Info, WithTagsAFileThatCannotBeReadHasNull) {
+    const Json photo = only({"info", "--tags", "--json", m_folder.at("gone.jpg")});
+    EXPECT_EQ(photo.at("tags"), nullptr);
+    EXPECT_EQ(photo.at("tagsIncomplete"), nullptr);
+}
+
+TEST_F(Info, WithTagsTheFileIsLeftAsItWas) {
+    const std::string file = writeJpeg("a.jpg", 6, "2004:05:01 06:07:08");
+    const std::string before = readFile(file);
+    EXPECT_EQ(runTool({"info", "--tags", file}).status, 0);
+    EXPECT_TRUE(readFile(file) == before);
+    EXPECT_EQ(runTool({"info", "--tags", m_folder.at("gone.jpg")}).status, 3);
+    EXPECT_NE(access(m_folder.at("gone.jpg").c_str(), F_OK), 0);
+}
+
+TEST_F(Info, WithTagsTheParagraphHasALineEach) {
+    const std::string file = writeJpeg("a.jpg", 6, "2004:05:01 06:07:08");
+    const std::string text = runTool({"info", file, "--tags"}).out;
+    EXPECT_NE(text.find("  exif        yes\n"
+                        "  IFD0\n"
+                        "    0x0112  Orientation       SHORT      6\n"
+                        "  Exif\n"
+                        "    0x9000  ExifVersion       UNDEFINED  \"0230\"\n"
+                        "    0x9003  DateTimeOriginal  ASCII      2004:05:01 06:07:08\n"),
+              std::string::npos)
+        << text;
 }
 
 TEST_F(Info, AsTextItIsAParagraphAFile) {

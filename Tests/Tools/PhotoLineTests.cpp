@@ -55,6 +55,30 @@ TEST(PhotoLine, JsonGivesTheExactBytesOfANameThatIsNoUtf8) {
         0U);
 }
 
+TEST(PhotoLine, JsonWithTagsHasThemBeforeTheError) {
+    PhotoFacts facts;
+    facts.path = "a.tif";
+    const std::string start =
+        R"({"path":"a.tif","name":"a.tif","type":"tiff","bytes":null,"modified":null,"date":null,)"
+        R"("orientation":null,"width":null,"height":null,"exif":null,)";
+    EXPECT_EQ(jsonLineWithTags(facts, PhotoTags{}), start + R"("tags":{},"tagsIncomplete":false})");
+    const PhotoTags tags = {{{"GPS", TagFamily::Gps, {{29, 2, "2004:05:01"}}}}, true};
+    EXPECT_EQ(jsonLineWithTags(facts, tags),
+              start + R"("tags":{"GPS":[{"tag":29,"name":"GPSDateStamp","type":"ASCII","count":10,)"
+                      R"("value":"2004:05:01"}]},"tagsIncomplete":true})");
+    facts.error = PhotoError{kNotFoundErr, "there is no such file"};
+    EXPECT_EQ(jsonLineWithTags(facts, std::nullopt),
+              start + R"("tags":null,"tagsIncomplete":null,)"
+                      R"("error":{"code":-43,"text":"there is no such file"}})");
+}
+
+TEST(PhotoLine, TheParagraphEndsWithTheTags) {
+    PhotoFacts facts;
+    facts.path = "a.tif";
+    EXPECT_EQ(factsParagraphWithTags(facts, std::nullopt), "a.tif\n  type        tiff");
+    EXPECT_EQ(factsParagraphWithTags(facts, PhotoTags{}), "a.tif\n  type        tiff\n  no tags");
+}
+
 TEST(PhotoLine, TableAlignsItsColumns) {
     const PhotoTable table({"/a/ABCD0001.JPG", "/a/b.tif"});
     PhotoFacts facts = someFacts();

@@ -48,6 +48,17 @@ TEST(Text, MeasuresTextInColumnsOfATerminal) {
     setlocale(LC_CTYPE, before.c_str());
 }
 
+TEST(Text, ShortensWhatIsTooWideWithAnEllipsis) {
+    const std::string before = setlocale(LC_CTYPE, nullptr);
+    ASSERT_NE(setlocale(LC_CTYPE, "C.UTF-8"), nullptr);
+    EXPECT_EQ(shortened("abcd", 4), "abcd");
+    EXPECT_EQ(shortened("abcde", 4), "abc\u2026");
+    EXPECT_EQ(shortened("\u6771\u4eac\u6771", 5), "\u6771\u4eac\u2026");
+    EXPECT_EQ(shortened("\u6771\u4eac\u6771", 4), "\u6771\u2026");  // no half of a wide character
+    EXPECT_EQ(shortened("", 4), "");
+    setlocale(LC_CTYPE, before.c_str());
+}
+
 TEST(Text, EncodesBytesInBase64) {
     EXPECT_EQ(base64(""), "");
     EXPECT_EQ(base64("a"), "YQ==");

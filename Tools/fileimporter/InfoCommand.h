@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "Command.h"
+#include "PhotoFacts.h"
 
 namespace fi {
 
@@ -16,7 +17,10 @@ public:
     [[nodiscard]] ExitStatus run(Console& console) override;
 
 private:
+    [[nodiscard]] std::string answerOf(const PhotoFacts& facts) const;
+
     std::vector<std::string> m_files;
+    bool m_tags = false;
     bool m_json = false;
 };
 

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
+#include "TagLine.h"
 #include "Text.h"
 
 namespace fi {
@@ -86,6 +87,15 @@ std::string jsonLine(const PhotoFacts& facts, std::optional<size_t> index) {
     return object.dump();
 }
 
+std::string jsonLineWithTags(const PhotoFacts& facts, const std::optional<PhotoTags>& tags) {
+    Json object;
+    addFacts(object, facts);
+    object["tags"] = tags ? tagsJson(*tags) : Json(nullptr);
+    object["tagsIncomplete"] = tags ? Json(tags->incomplete) : Json(nullptr);
+    addError(object, facts);
+    return object.dump();
+}
+
 std::string factsParagraph(const PhotoFacts& facts) {
     std::string text = printable(facts.path);
     const auto add = [&text](std::string_view what, const std::string& value) {
@@ -100,6 +110,10 @@ std::string factsParagraph(const PhotoFacts& facts) {
     if (facts.exif) add("exif", *facts.exif ? "yes" : "no");
     if (facts.error) add("error", facts.error->text);
     return text;
+}
+
+std::string factsParagraphWithTags(const PhotoFacts& facts, const std::optional<PhotoTags>& tags) {
+    return factsParagraph(facts) + (tags ? tagLines(*tags) : std::string());
 }
 
 PhotoTable::PhotoTable(const std::vector<std::string>& paths)

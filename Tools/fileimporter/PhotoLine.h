@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "PhotoFacts.h"
+#include "PhotoTags.h"
 
 namespace fi {
 
@@ -19,8 +20,13 @@ namespace fi {
 /// One JSON object without line ends; `index` leads when there is one.
 [[nodiscard]] std::string jsonLine(const PhotoFacts& facts, std::optional<size_t> index);
 
+/// The same of a single file, with its tags; null where they could not be had.
+[[nodiscard]] std::string jsonLineWithTags(const PhotoFacts& facts, const std::optional<PhotoTags>& tags);
+
 /// Several lines, the first one the path.
 [[nodiscard]] std::string factsParagraph(const PhotoFacts& facts);
+[[nodiscard]] std::string factsParagraphWithTags(const PhotoFacts& facts,
+                                                 const std::optional<PhotoTags>& tags);
 
 /// Rows of one list, in columns: index, name, type, size, stored pixels, orientation, Exif or not, and
 /// date.

@@ -72,6 +72,11 @@ std::string escaped(char32_t code) {
     return number < 0x100 ? fmt::format("\\x{:02x}", number) : fmt::format("\\u{:04x}", number);
 }
 
+size_t columnsOf(char32_t code) {
+    const int columns = code == kNoCharacter ? 1 : wcwidth(static_cast<wchar_t>(code));
+    return columns < 0 ? 1 : static_cast<size_t>(columns);
+}
+
 }  // namespace
 
 bool isUtf8(std::string_view bytes) {
@@ -105,11 +110,19 @@ std::string printable(std::string_view bytes) {
 
 size_t displayWidth(std::string_view text) {
     size_t width = 0;
-    forEachCharacter(text, [&](char32_t code, std::string_view) {
-        const int columns = code == kNoCharacter ? 1 : wcwidth(static_cast<wchar_t>(code));
-        width += columns < 0 ? 1 : static_cast<size_t>(columns);
-    });
+    forEachCharacter(text, [&](char32_t code, std::string_view) { width += columnsOf(code); });
     return width;
+}
+
+std::string shortened(std::string_view text, size_t columns) {
+    if (displayWidth(text) <= columns) return std::string(text);
+    std::string start;
+    size_t width = 1;  // of the ellipsis
+    forEachCharacter(text, [&](char32_t code, std::string_view sequence) {
+        width += columnsOf(code);
+        if (width <= columns) start += sequence;
+    });
+    return start + "\u2026";
 }
 
 std::string base64(std::string_view bytes) {

@@ -20,6 +20,9 @@ namespace fi {
 /// Columns that UTF-8 text takes on a terminal.
 [[nodiscard]] size_t displayWidth(std::string_view text);
 
+/// The text, or as much of its start as fits into that many columns with an ellipsis behind it.
+[[nodiscard]] std::string shortened(std::string_view text, size_t columns);
+
 [[nodiscard]] std::string base64(std::string_view bytes);
 
 /// A size for people: "812 B", "3.4 MB".
