@@ -108,6 +108,17 @@ TEST_F(ListFacts, TheDateIsOfTheShotElseOfDigitizingElseOfTheFile) {
     }
 }
 
+TEST_F(ListFacts, ADateWithoutAnExifVersionDoesNotCount) {
+    ExifFacts facts;
+    facts.orientation = 6;
+    facts.date = "2004:05:01 06:07:08";
+    makeOld(m_card.write("a.jpg", withExif(jpegOf(testPicture(64, 48)), facts)));
+    const Json photo = onlyPhoto();
+    EXPECT_EQ(photo.at("date"), kOld);
+    EXPECT_EQ(photo.at("orientation"), 6);
+    EXPECT_EQ(photo.at("exif"), true);
+}
+
 TEST_F(ListFacts, ADateThatNoCalendarTellsIsNull) {
     const std::string file = m_card.write("a.jpg", jpegOf(testPicture(8, 6)));
     for (const int64_t seconds : {int64_t{-4'000'000'000'000}, int64_t{4'000'000'000'000}}) {

@@ -4,7 +4,7 @@
 #include <cctype>
 #include <utility>
 
-#include "FileImporter/CFileImporterCocoa.h"
+#include "FileImporter/ExifFunctions.h"
 #include "PlatformKit/AutoreleasePool.h"
 #include "PlatformKit/ImageProperties.h"
 #include "PlatformKit/ImageSource.h"
@@ -18,14 +18,6 @@ std::optional<int64_t> numberOf(const CFDictionary& properties, CFStringRef key)
     const auto value = properties.copyValue(key->view());
     const auto* number = dynamic_cast<const CFNumber*>(value.get());
     return number != nullptr ? std::optional(number->int64Value()) : std::nullopt;
-}
-
-std::optional<DateTimeRec> dateOf(const CFDictionary& exif, CFStringRef key) {
-    const auto value = exif.copyValue(key->view());
-    const auto* text = dynamic_cast<const CFString*>(value.get());
-    DateTimeRec date{};
-    if (text == nullptr || !CheckDateForCocoa(text->c_str(), &date)) return std::nullopt;
-    return date;
 }
 
 bool isLower(char c) {
@@ -66,6 +58,7 @@ PhotoFacts readPhotoFacts(const std::string& path) {
     const AutoreleasePool pool;
     PhotoFacts facts = readFileFacts(path);
     if (facts.error) return facts;
+    facts.date = photoDate(facts);
     ImageFailure failure;
     const auto source = ImageSource::open(CFURL::createFromPath(path).get(), &failure);
     const auto properties = source ? source->copyProperties(0, &failure) : nullptr;
@@ -78,16 +71,14 @@ PhotoFacts readPhotoFacts(const std::string& path) {
     return facts;
 }
 
-std::optional<DateTimeRec> dateTaken(const CFDictionary& properties) {
-    const auto value = properties.copyValue(kCGImagePropertyExifDictionary->view());
-    const auto* exif = dynamic_cast<const CFDictionary*>(value.get());
-    if (exif == nullptr) return std::nullopt;
-    const auto original = dateOf(*exif, kCGImagePropertyExifDateTimeOriginal);
-    return original ? original : dateOf(*exif, kCGImagePropertyExifDateTimeDigitized);
+std::optional<DateTimeRec> photoDate(const PhotoFacts& facts) {
+    tCacheInfo info{};
+    const OSErr code = ReadExifTagForZebFileManager(CFURL::createFromPath(facts.path).get(), &info);
+    if (code != kNoErr || info.date == DateTimeRec{}) return facts.modified;
+    return info.date;
 }
 
 void addPictureFacts(PhotoFacts& facts, const CFDictionary& properties) {
-    if (const auto taken = dateTaken(properties)) facts.date = taken;
     facts.orientation = numberOf(properties, kCGImagePropertyOrientation);
     facts.width = numberOf(properties, kCGImagePropertyPixelWidth);
     facts.height = numberOf(properties, kCGImagePropertyPixelHeight);

@@ -12,10 +12,11 @@ namespace fi {
 /// same.
 [[nodiscard]] PhotoFacts readPhotoFacts(const std::string& path);
 
-/// When the photo was taken; else when it was digitised; nothing when the properties tell neither.
-[[nodiscard]] std::optional<DateTimeRec> dateTaken(const CFDictionary& properties);
+/// When the photo of these facts was taken, else digitised, by its Exif data; else when its file was
+/// modified.
+[[nodiscard]] std::optional<DateTimeRec> photoDate(const PhotoFacts& facts);
 
-/// Date, orientation, stored size and Exif from an image source's properties.
+/// Orientation, stored size and Exif from an image source's properties.
 void addPictureFacts(PhotoFacts& facts, const CFDictionary& properties);
 
 /// The failure as a result code and as words that can follow a file's name and a colon.

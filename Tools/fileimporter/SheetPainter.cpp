@@ -38,11 +38,9 @@ std::string_view shortReason(const PhotoFacts& facts) {
     return facts.error->code == kNotFoundErr ? "not there" : "cannot be opened";
 }
 
-/// "2004-05-01 18:03", from the photo itself or else from its file.
-std::string dateCaption(const ImageSource& source, const PhotoFacts& facts) {
-    const auto properties = source.copyProperties(0);
-    auto date = properties ? dateTaken(*properties) : std::nullopt;
-    if (!date) date = facts.modified;
+/// "2004-05-01 18:03".
+std::string dateCaption(const PhotoFacts& facts) {
+    const auto date = photoDate(facts);
     if (!date) return {};
     return fmt::format("{:04}-{:02}-{:02} {:02}:{:02}", date->year, date->month, date->day, date->hour,
                        date->minute);
@@ -70,7 +68,7 @@ std::optional<PhotoError> SheetPainter::paintPicture(size_t index, const PhotoFa
         m_page.drawDamagedPhoto(index, *picture, name, "incomplete");
         return PhotoError{kUnreadableImageErr, "a part of the picture is missing"};
     }
-    m_page.drawPhoto(index, *picture, name, dateCaption(*source, facts));
+    m_page.drawPhoto(index, *picture, name, dateCaption(facts));
     return std::nullopt;
 }
 
