@@ -27,7 +27,8 @@ double processorMilliseconds() {
     return sum;
 }
 
-double timeOf(const std::function<void()>& work) {
+double timeOf(const std::function<void()>& before, const std::function<void()>& work) {
+    if (before) before();
     const double start = processorMilliseconds();
     work();
     return processorMilliseconds() - start;
@@ -46,13 +47,13 @@ Size sizeFromArguments(int argc, char** argv) {
 }
 
 bool printRow(const Comparison& comparison) {
-    comparison.ours();
-    comparison.reference();
+    (void)timeOf(comparison.beforeOurs, comparison.ours);
+    (void)timeOf(comparison.beforeReference, comparison.reference);
     std::vector<double> ours;
     std::vector<double> reference;
     for (int round = 0; round < comparison.rounds; ++round) {
-        ours.push_back(timeOf(comparison.ours));
-        reference.push_back(timeOf(comparison.reference));
+        ours.push_back(timeOf(comparison.beforeOurs, comparison.ours));
+        reference.push_back(timeOf(comparison.beforeReference, comparison.reference));
     }
     const double oursMedian = median(ours);
     const double referenceMedian = median(reference);

@@ -22,6 +22,8 @@ struct Comparison {
     int rounds;    ///< turns of each side; the medians count
     std::function<void()> ours;
     std::function<void()> reference;
+    std::function<void()> beforeOurs = {};  ///< unmeasured, before each turn
+    std::function<void()> beforeReference = {};
 };
 
 /// Runs the comparison and prints its row: name, ratio, ours, reference (milliseconds of processor time),
