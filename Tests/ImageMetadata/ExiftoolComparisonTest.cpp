@@ -73,7 +73,7 @@ TEST(ExiftoolComparison, FactsAreExiftoolsButForListedRules) {
         for (const auto& [fact, their] : theirs.at(photo)) {
             const std::string& our = ours.at(fact);
             if (our == their) {
-                agreed[fact] += our == kNoFact ? 0 : 1;
+                if (our != kNoFact) ++agreed[fact];
                 continue;
             }
             const auto entry = listed.find({photo, fact});
