@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 // The facts of any file: its head is read, parsed, asked for each tag.
+#include <optional>
 
 #include "Foundation/FileServices.h"
 #include "Foundation/HeadRead.h"
 #include "ImageMetadata/FactReaders.h"
 #include "ImageMetadata/FactTags.h"
 #include "ImageMetadata/FileStamp.h"
+#include "ImageMetadata/HeldTag.h"
 #include "PlatformKit/Base/Boundary.h"
 
 namespace fi {
@@ -15,20 +17,15 @@ namespace {
 class FieldTags final : public FactTags {
 public:
     explicit FieldTags(CIMAGETAG& field) : m_field(field) {}
-    ~FieldTags() { m_field.ReleaseInfo(m_found); }
-    FieldTags(const FieldTags&) = delete;
-    FieldTags& operator=(const FieldTags&) = delete;
 
     [[nodiscard]] const IMAGETAG_INFO* find(uint16_t slot, uint16_t tag) override {
-        m_field.ReleaseInfo(m_found);
-        uint32_t error = kTagNoError;
-        m_found = m_field.GetInfo(slot, tag, &error);
-        return m_found;
+        m_held.emplace(m_field, slot, tag);
+        return *m_held ? &**m_held : nullptr;
     }
 
 private:
     CIMAGETAG& m_field;
-    IMAGETAG_INFO* m_found = nullptr;  ///< OWNED
+    std::optional<HeldTag> m_held;
 };
 
 /// What was parsed before an error counts.

@@ -23,8 +23,6 @@ namespace {
 
 /// Longer than any value that a fact is made of has a reason to be.
 constexpr uint32_t kLongestValue = 64;
-/// All values together: entries that share bytes of the file are for CIMAGETAG to judge.
-constexpr uint64_t kMostValueBytes = 1 << 20;
 
 /// Keeps the first of each tag that facts are made of.
 class KeptTags final : public TagSink, public FactTags {
@@ -33,10 +31,9 @@ public:
     [[nodiscard]] bool allFitted() const { return m_allFitted; }
 
     [[nodiscard]] uint32_t take(uint16_t slot, const FoundTag& found) override {
-        m_valueBytes += found.size();
         Kept* kept = placeOf(slot, found.tag());
-        if (kept != nullptr && !kept->isThere) keep(*kept, found);
-        m_allFitted = m_allFitted && m_valueBytes <= kMostValueBytes;
+        if (kept == nullptr || kept->isThere) return kTagNoError;
+        keep(*kept, found);
         return m_allFitted ? kTagNoError : kTagNoMemory;
     }
 
@@ -98,7 +95,6 @@ private:
 
     Kept m_ofIFD0[2];
     Kept m_ofExif[8];
-    uint64_t m_valueBytes = 0;
     bool m_allFitted = true;
 };
 
