@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 
 #include "PictureFacts.h"
 #include "Support/MakePictures.h"
@@ -165,8 +166,8 @@ TEST_F(PhotoTagsOfAFile, StopAtAnEntryThatCannotBe) {
 
 TEST_F(PhotoTagsOfAFile, OfADamagedPictureAreReadAllTheSame) {
     Bytes file = withExif(jpegOf(testPicture(8, 8)), tiffBlock({everyDirectory()}, ByteOrder::Little));
-    const auto frame = std::ranges::search(file, std::array<uint8_t, 2>{0xFF, 0xDB});
-    file.erase(frame.begin(), file.end());
+    constexpr std::array<uint8_t, 2> kTables = {0xFF, 0xDB};
+    file.erase(std::search(file.begin(), file.end(), kTables.begin(), kTables.end()), file.end());
     const auto facts = readPhotoFacts(m_folder.write("a.jpg", file));
     EXPECT_TRUE(facts.error);
     const auto tags = readPhotoTags(facts);

@@ -103,8 +103,8 @@ Parse parse(const FileBytes& bytes) {
     uint32_t nextSize = 0;
     reader.CreateField(nullptr, bytes.data(), bytes.size(), &result.format, &nextOffset, &nextSize,
                        &result.error);
-    for (uint16_t slot = 0; slot < kSlots.size(); ++slot) {
-        TagDirectory directory = directoryOf(reader, slot);
+    for (size_t slot = 0; slot < kSlots.size(); ++slot) {
+        TagDirectory directory = directoryOf(reader, static_cast<uint16_t>(slot));
         if (!directory.tags.empty()) result.directories.push_back(std::move(directory));
     }
     uint32_t error = kTagNoError;
