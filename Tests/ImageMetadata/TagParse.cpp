@@ -43,9 +43,8 @@ const IMAGETAG_INFO& OpenTag::record(size_t slot, size_t index) const {
 Bytes bytesOf(const IMAGETAG_INFO& record) {
     if (record.value == nullptr) return {};
     const size_t size = static_cast<size_t>(record.count) * unitSizeOfType(record.type);
-    Bytes bytes(size);
-    std::memcpy(bytes.data(), record.value, size);
-    return bytes;
+    const auto* first = reinterpret_cast<const uint8_t*>(record.value);
+    return Bytes(first, first + size);
 }
 
 std::vector<uint64_t> numbersOf(const IMAGETAG_INFO& record) {
