@@ -21,6 +21,8 @@ namespace fi {
 
 namespace {
 
+/// Of the directories that cameras write, all lie in these bytes, or one of them far behind.
+constexpr size_t kFirstStep = 3072;
 /// Longer than any value that a fact is made of has a reason to be.
 constexpr uint32_t kLongestValue = 64;
 
@@ -99,8 +101,8 @@ private:
 };
 
 bool readTags(ByteSource& source, KeptTags& tags) {
-    std::array<uint8_t, 4096> firstPage;
-    TagData data(source, std::min<uint64_t>(source.size(), kHeadBytes), firstPage);
+    std::array<uint8_t, kFirstStep> first;
+    TagData data(source, std::min<uint64_t>(source.size(), kHeadBytes), first);
     IMAGETAG_POSITION position;
     (void)walkHead(position, data, tags);  // what came before an error counts
     return tags.allFitted() && !data.cameShort();

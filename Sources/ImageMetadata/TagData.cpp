@@ -9,38 +9,53 @@
 
 namespace fi {
 
-namespace {
-
-constexpr uint64_t kFirstStep = 4096;
-
-}  // namespace
-
 TagData::~TagData() {
-    std::free(m_own);
+    std::free(m_all);
 }
 
-bool TagData::load(uint64_t end) {
-    if (m_source == nullptr || m_cameShort) return false;
-    const uint64_t first = m_first.empty() ? kFirstStep : m_first.size();
-    const uint64_t step = m_loaded == 0 ? first : 2 * m_loaded;
-    const uint64_t goal = std::min(std::max(end, step), m_length);
-    uint8_t* room = goal <= m_first.size() ? m_first.data() : enlarge(goal);
-    if (room == nullptr) {
+/// What is not in the bytes in hand, but within the length.
+const uint8_t* TagData::loaded(uint64_t offset, uint64_t size) {
+    if (m_source == nullptr) return nullptr;
+    const uint64_t end = offset + size;
+    if (offset >= m_stretchOffset && end <= m_stretchOffset + m_stretchLoaded)
+        return m_stretch + (offset - m_stretchOffset);
+    if (m_cameShort) return nullptr;
+    if (m_loaded == 0) loadFirst();
+    if (end <= m_loaded) return m_bytes + offset;
+    if (m_cameShort) return nullptr;
+    if (size <= kStretchSize && m_stretches < kMostStretches) return loadStretch(offset, size);
+    loadAll();
+    return end <= m_loaded ? m_bytes + offset : nullptr;
+}
+
+void TagData::loadFirst() {
+    m_bytes = m_first.data();
+    m_loaded = read(0, m_first.first(static_cast<size_t>(std::min<uint64_t>(m_first.size(), m_length))));
+}
+
+const uint8_t* TagData::loadStretch(uint64_t offset, uint64_t size) {
+    ++m_stretches;
+    const uint64_t wanted = std::min(kStretchSize, m_length - offset);
+    m_stretchOffset = offset;
+    m_stretchLoaded = read(offset, std::span(m_stretch).first(static_cast<size_t>(wanted)));
+    return size <= m_stretchLoaded ? m_stretch : nullptr;
+}
+
+void TagData::loadAll() {
+    m_all = static_cast<uint8_t*>(allocateTagMemory(m_length, "TagData"));
+    if (m_all == nullptr) {
         m_cameShort = true;
-        return false;
+        return;
     }
-    m_bytes = room;
-    m_loaded += m_source->read(m_loaded, {room + m_loaded, static_cast<size_t>(goal - m_loaded)});
-    m_cameShort = m_loaded < goal;
-    return end <= m_loaded;
+    if (m_loaded > 0) std::memcpy(m_all, m_bytes, m_loaded);
+    m_bytes = m_all;
+    m_loaded += read(m_loaded, {m_all + m_loaded, static_cast<size_t>(m_length - m_loaded)});
 }
 
-uint8_t* TagData::enlarge(uint64_t size) {
-    auto* larger = static_cast<uint8_t*>(reallocateTagMemory(m_own, size, "TagData"));
-    if (larger == nullptr) return nullptr;
-    if (m_own == nullptr && m_loaded > 0) std::memcpy(larger, m_bytes, m_loaded);
-    m_own = larger;
-    return larger;
+uint64_t TagData::read(uint64_t offset, std::span<uint8_t> room) {
+    const uint64_t count = m_source->read(offset, room);
+    m_cameShort = count < room.size();
+    return count;
 }
 
 }  // namespace fi

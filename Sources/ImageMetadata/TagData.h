@@ -18,8 +18,9 @@ public:
     TagData(const uint8_t* bytes, uint64_t length, uint64_t start = 0)
         : m_bytes(bytes), m_loaded(length), m_length(length), m_start(start) {}
 
-    /// The first `length` bytes of a source, of which no more are read than are asked for, in doubling
-    /// steps. The first step fills `first`; only a second one takes memory. Both BORROWED.
+    /// The first `length` bytes of a source, read as they are asked for. The first step fills `first`; what
+    /// lies behind comes in a few small stretches, since mostly a single directory stands there. Who asks
+    /// for more of them gets all in memory. Both BORROWED.
     TagData(ByteSource& source, uint64_t length, std::span<uint8_t> first)
         : m_length(length), m_source(&source), m_first(first) {}
 
@@ -38,7 +39,7 @@ public:
     /// The bytes at an offset from the first; null when not all of them are there.
     [[nodiscard]] const uint8_t* at(uint64_t offset, uint64_t size) {
         if (size <= m_loaded && offset <= m_loaded - size) return m_bytes + offset;
-        return contains(offset, size) && load(offset + size) ? m_bytes + offset : nullptr;
+        return contains(offset, size) ? loaded(offset, size) : nullptr;
     }
 
     /// True once the source brought less than `length` promised, or there was no memory: what was not
@@ -46,8 +47,14 @@ public:
     [[nodiscard]] bool cameShort() const { return m_cameShort; }
 
 private:
-    bool load(uint64_t end);
-    uint8_t* enlarge(uint64_t size);
+    static constexpr uint64_t kStretchSize = 1024;
+    static constexpr int kMostStretches = 4;
+
+    const uint8_t* loaded(uint64_t offset, uint64_t size);
+    void loadFirst();
+    const uint8_t* loadStretch(uint64_t offset, uint64_t size);
+    void loadAll();
+    uint64_t read(uint64_t offset, std::span<uint8_t> room);
 
     const uint8_t* m_bytes = nullptr;
     uint64_t m_loaded = 0;
@@ -55,7 +62,11 @@ private:
     uint64_t m_start = 0;
     ByteSource* m_source = nullptr;
     std::span<uint8_t> m_first;
-    uint8_t* m_own = nullptr;  ///< OWNED, once `first` is too small
+    uint8_t m_stretch[kStretchSize];
+    uint64_t m_stretchOffset = 0;
+    uint64_t m_stretchLoaded = 0;
+    int m_stretches = 0;
+    uint8_t* m_all = nullptr;  ///< OWNED, once all is in memory
     bool m_cameShort = false;
 };
 

@@ -71,28 +71,51 @@ TEST(TagData, LoadsTheFirstStepIntoTheCallersBufferAndNoMore) {
     EXPECT_EQ(source.reads, (Reads{{0, 4096}}));
 }
 
-TEST(TagData, DoublesUpToItsLengthAndKeepsWhatItHas) {
+void expectBytes(TagData& data, const std::vector<uint8_t>& bytes, uint64_t offset, uint64_t size) {
+    const uint8_t* at = data.at(offset, size);
+    ASSERT_NE(at, nullptr) << offset;
+    EXPECT_TRUE(std::equal(at, at + size, bytes.begin() + static_cast<ptrdiff_t>(offset))) << offset;
+}
+
+TEST(TagData, BehindTheFirstStepLoadsAFewStretchesThenAll) {
     const auto bytes = countingBytes(70000);
     WatchedSource source(bytes);
     std::array<uint8_t, 4096> first;
     TagData data(source, 65567, first);
-    for (const auto& [offset, size] : Reads{{0, 12}, {4095, 2}, {20000, 40}, {4, 4}, {65000, 567}}) {
-        const uint8_t* at = data.at(offset, size);
-        ASSERT_NE(at, nullptr) << offset;
-        EXPECT_TRUE(std::equal(at, at + size, bytes.begin() + static_cast<ptrdiff_t>(offset))) << offset;
-    }
-    EXPECT_EQ(source.reads, (Reads{{0, 4096}, {4096, 4096}, {8192, 11848}, {20040, 45527}}));
+    expectBytes(data, bytes, 0, 12);
+    expectBytes(data, bytes, 4095, 2);
+    expectBytes(data, bytes, 5000, 119);
+    EXPECT_EQ(source.reads, (Reads{{0, 4096}, {4095, 1024}})) << "what came is not read again";
+    expectBytes(data, bytes, 5000, 120);
+    expectBytes(data, bytes, 65000, 567);
+    expectBytes(data, bytes, 4, 4);
+    expectBytes(data, bytes, 20000, 1024);
+    EXPECT_EQ(source.reads, (Reads{{0, 4096}, {4095, 1024}, {5000, 1024}, {65000, 567}, {20000, 1024}}));
+    expectBytes(data, bytes, 30000, 2);
+    EXPECT_EQ(source.reads.size(), 6U);
+    EXPECT_EQ(source.reads.back(), (Reads::value_type{4096, 61471})) << "all the rest";
+    for (uint64_t offset = 0; offset < 65000; offset += 500)
+        expectBytes(data, bytes, offset, 567);
+    EXPECT_EQ(source.reads.size(), 6U);
     EXPECT_FALSE(data.cameShort());
 }
 
-TEST(TagData, WithoutACallersBufferTakesItsOwn) {
+TEST(TagData, WhatIsLongerThanAStretchComesWithAllTheRest) {
+    const auto bytes = countingBytes(9000);
+    WatchedSource source(bytes);
+    std::array<uint8_t, 4096> first;
+    TagData data(source, 9000, first);
+    expectBytes(data, bytes, 100, 1);
+    expectBytes(data, bytes, 4000, 1025);
+    EXPECT_EQ(source.reads, (Reads{{0, 4096}, {4096, 4904}}));
+}
+
+TEST(TagData, NeedsNoBufferOfACaller) {
     const auto bytes = countingBytes(9000);
     WatchedSource source(bytes);
     TagData data(source, 9000, {});
-    const uint8_t* at = data.at(10, 1);
-    ASSERT_NE(at, nullptr);
-    EXPECT_EQ(*at, bytes[10]);
-    EXPECT_EQ(source.reads, (Reads{{0, 4096}}));
+    for (uint64_t offset = 0; offset < 9000; offset += 10)
+        expectBytes(data, bytes, offset, 10);
 }
 
 TEST(TagData, OfAShortFileFitsTheCallersBuffer) {
@@ -112,7 +135,7 @@ TEST(TagData, SaysWhenLessCameThanWasPromised) {
     EXPECT_FALSE(data.cameShort());
     EXPECT_EQ(data.at(5000, 1), nullptr);
     EXPECT_TRUE(data.cameShort());
-    EXPECT_NE(data.at(4999, 1), nullptr);
+    EXPECT_NE(data.at(4095, 1), nullptr);
     EXPECT_EQ(data.at(6000, 1), nullptr);
     EXPECT_EQ(source.reads.size(), 2u);
 }
@@ -123,7 +146,8 @@ TEST(TagData, SaysSoWithoutMemoryAndKeepsWhatItHas) {
     TagData data(source, 9000, first);
     ASSERT_NE(data.at(0, 12), nullptr);
     const test::ScopedFaults faults{Fault::Allocation};
-    EXPECT_EQ(data.at(5000, 1), nullptr);
+    EXPECT_NE(data.at(5000, 1), nullptr);
+    EXPECT_EQ(data.at(5000, 2000), nullptr);
     EXPECT_TRUE(data.cameShort());
     EXPECT_EQ(data.at(4095, 1), first.data() + 4095);
 }
