@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ImageMetadata/ExifCache.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <functional>
@@ -68,43 +69,46 @@ void PackedExifInformation::setResolution(NSPoint resolution) {
 }
 
 ExifCache::Key::Key(CFStringRef path)
-    : m_path(path), m_hash(path != nullptr ? std::hash<std::string_view>{}(path->view()) : 0) {}
+    : m_path(path),
+      m_hash(path != nullptr ? static_cast<uint32_t>(std::hash<std::string_view>{}(path->view())) : 0) {}
 
-bool ExifCache::find(const Key& key, ExifInformation& info) const {
-    if (!knows(key)) return false;
+bool ExifCache::find(const Key& key, ExifInformation& info) {
+    const Place place = placeOf(key);
+    if (place.oldest == nullptr) return false;
     const auto time = modificationTimeAt(key.m_path->c_str());
     if (!time) return false;
     const std::lock_guard lock(m_lock);
-    const Entry* entry = matching(key, *time);
+    const Entry* entry = matching(key, place, *time);
     if (entry != nullptr) entry->info.unpack(info);
     return entry != nullptr;
 }
 
 bool ExifCache::add(const Key& key, const ExifInformation& info) {
     if (key.m_path == nullptr) return false;
+    Place place;
     {
-        // No entry, no match: the file need not be asked.
         const std::lock_guard lock(m_lock);
-        const auto [chain, isNew] = m_chains.try_emplace(key);
-        if (isNew) {
-            append(chain, info);
+        place = {oldestOf(key), m_flushes};
+        if (place.oldest == nullptr) {
+            // No entry, no match: the file need not be asked.
+            append(key, info);
             return true;
         }
     }
     const auto time = modificationTimeAt(key.m_path->c_str());
     const std::lock_guard lock(m_lock);
-    const auto chain = m_chains.try_emplace(key).first;
-    if (time && matching(chain->second, *time) != nullptr) return false;
-    append(chain, info);
+    if (time && matching(key, place, *time) != nullptr) return false;
+    append(key, info);
     return true;
 }
 
 void ExifCache::replaceSize(const Key& key, NSSize size, NSPoint resolution) {
-    if (!knows(key)) return;
+    const Place place = placeOf(key);
+    if (place.oldest == nullptr) return;
     const auto time = modificationTimeAt(key.m_path->c_str());
     if (!time) return;
     const std::lock_guard lock(m_lock);
-    Entry* entry = matching(key, *time);
+    Entry* entry = matching(key, place, *time);
     if (entry == nullptr) return;
     entry->info.setSize(truncated(size.width), truncated(size.height));
     if (resolution != NSPoint{}) entry->info.setResolution(resolution);
@@ -112,8 +116,10 @@ void ExifCache::replaceSize(const Key& key, NSSize size, NSPoint resolution) {
 
 void ExifCache::flush() {
     const std::lock_guard lock(m_lock);
-    m_chains.clear();
+    m_slots.clear();
+    m_paths = 0;
     m_entries.clear();
+    ++m_flushes;
 }
 
 Ref<const CFArray> ExifCache::copyEntries() const {
@@ -131,35 +137,64 @@ Ref<const CFArray> ExifCache::copyEntries() const {
     return CFArray::create(std::move(elements));
 }
 
-bool ExifCache::knows(const Key& key) const {
-    if (key.m_path == nullptr) return false;
+ExifCache::Place ExifCache::placeOf(const Key& key) {
+    if (key.m_path == nullptr) return {};
     const std::lock_guard lock(m_lock);
-    return m_chains.contains(key);
+    return {oldestOf(key), m_flushes};
 }
 
-ExifCache::Entry* ExifCache::matching(const Key& key, double modificationTime) const {
-    const auto chain = m_chains.find(key);
-    return chain != m_chains.end() ? matching(chain->second, modificationTime) : nullptr;
+ExifCache::Entry* ExifCache::oldestOf(const Key& key) {
+    if (m_slots.empty()) return nullptr;
+    const uint32_t number = slotOf(key).number;
+    return number != 0 ? &m_entries[number - 1] : nullptr;
 }
 
-ExifCache::Entry* ExifCache::matching(const Chain& chain, double modificationTime) {
-    Entry* entry = chain.first;
+ExifCache::Entry* ExifCache::matching(const Key& key, const Place& place, double modificationTime) {
+    Entry* entry = place.flushes == m_flushes ? place.oldest : oldestOf(key);
     while (entry != nullptr && entry->info.modificationTime() != modificationTime)
         entry = entry->next;
     return entry;
 }
 
-void ExifCache::append(Chains::iterator place, const ExifInformation& info) {
-    auto& [key, chain] = *place;
-    try {
-        // The path that the key borrows is the first entry's, which retains it.
-        Entry& entry = m_entries.emplace_back(key.m_path, info);
-        (chain.first == nullptr ? chain.first : chain.last->next) = &entry;
-        chain.last = &entry;
-    } catch (...) {
-        if (chain.first == nullptr) m_chains.erase(place);
-        throw;
+/// The path's slot, or the free one where it belongs.
+ExifCache::Slot& ExifCache::slotOf(const Key& key) {
+    const auto isOfPath = [&](const Slot& slot) {
+        if (slot.hash != key.m_hash) return false;
+        const CFString* path = m_entries[slot.number - 1].path.get();
+        return path == key.m_path || path->view() == key.m_path->view();
+    };
+    size_t at = key.m_hash & (m_slots.size() - 1);
+    while (m_slots[at].number != 0 && !isOfPath(m_slots[at]))
+        at = (at + 1) & (m_slots.size() - 1);
+    return m_slots[at];
+}
+
+void ExifCache::append(const Key& key, const ExifInformation& info) {
+    makeRoom();
+    Entry& entry = m_entries.emplace_back(key.m_path, info);
+    Slot& slot = slotOf(key);
+    if (slot.number == 0) {
+        slot = {key.m_hash, static_cast<uint32_t>(m_entries.size())};
+        ++m_paths;
+    } else {
+        Entry& oldest = m_entries[slot.number - 1];
+        oldest.youngest->next = &entry;
+        oldest.youngest = &entry;
     }
+}
+
+/// For one more path.
+void ExifCache::makeRoom() {
+    constexpr size_t kFewestSlots = 64;
+    if (2 * (m_paths + 1) <= m_slots.size()) return;
+    std::vector<Slot> larger(std::max(kFewestSlots, 2 * m_slots.size()));
+    for (const Slot& slot : m_slots) {
+        size_t at = slot.hash & (larger.size() - 1);
+        while (slot.number != 0 && larger[at].number != 0)
+            at = (at + 1) & (larger.size() - 1);
+        if (slot.number != 0) larger[at] = slot;
+    }
+    m_slots.swap(larger);
 }
 
 ExifCache& sharedExifCache() {

@@ -6,9 +6,8 @@
 #include <deque>
 #include <memory>
 #include <mutex>
-#include <optional>
 #include <string_view>
-#include <unordered_map>
+#include <vector>
 
 #include "FileImporter/ExifInformation.h"
 #include "PlatformKit/Array.h"
@@ -55,11 +54,11 @@ public:
     private:
         friend class ExifCache;
         CFStringRef m_path;
-        size_t m_hash;
+        uint32_t m_hash;
     };
 
     /// Copies the matching entry's record. False, the record untouched, when none matches.
-    [[nodiscard]] bool find(const Key& key, ExifInformation& info) const;
+    [[nodiscard]] bool find(const Key& key, ExifInformation& info);
     /// Adds an entry, which retains the path, unless one matches. False when one does, and for a null path.
     bool add(const Key& key, const ExifInformation& info);
     /// Overwrites the matching entry's size (truncated, modulo 2^16), and its resolutions unless both given
@@ -75,33 +74,34 @@ private:
     struct Entry {
         Entry(CFStringRef itsPath, const ExifInformation& record) : path(retain(itsPath)), info(record) {}
         Ref<const CFString> path;
+        Entry* next = nullptr;   ///< the next younger one of the path
+        Entry* youngest = this;  ///< of the path, if this is its oldest
         PackedExifInformation info;
-        Entry* next = nullptr;  ///< the next younger one of the path
     };
-    /// The entries of one path.
-    struct Chain {
-        Entry* first = nullptr;
-        Entry* last = nullptr;
+    /// Where a path's entries begin. Eight bytes: the table of a large card still lies in the processor's
+    /// caches.
+    struct Slot {
+        uint32_t hash = 0;
+        uint32_t number = 0;  ///< of the oldest entry, from 1; 0 in a free slot
     };
-    struct KeyHash {
-        size_t operator()(const Key& key) const noexcept { return key.m_hash; }
-    };
-    struct KeyEqual {
-        bool operator()(const Key& a, const Key& b) const noexcept {
-            return a.m_path == b.m_path || (a.m_hash == b.m_hash && a.m_path->view() == b.m_path->view());
-        }
+    /// A path's oldest entry (null: none), good until there is another flush.
+    struct Place {
+        Entry* oldest = nullptr;
+        uint64_t flushes = 0;
     };
 
-    using Chains = std::unordered_map<Key, Chain, KeyHash, KeyEqual>;
-
-    [[nodiscard]] bool knows(const Key& key) const;
-    [[nodiscard]] Entry* matching(const Key& key, double modificationTime) const;
-    [[nodiscard]] static Entry* matching(const Chain& chain, double modificationTime);
-    void append(Chains::iterator place, const ExifInformation& info);
+    [[nodiscard]] Place placeOf(const Key& key);
+    [[nodiscard]] Entry* oldestOf(const Key& key);
+    [[nodiscard]] Entry* matching(const Key& key, const Place& place, double modificationTime);
+    [[nodiscard]] Slot& slotOf(const Key& key);
+    void append(const Key& key, const ExifInformation& info);
+    void makeRoom();
 
     mutable std::mutex m_lock;
     std::deque<Entry> m_entries;  ///< oldest first
-    Chains m_chains;              ///< keys borrow the first entry's path
+    std::vector<Slot> m_slots;    ///< none, or a power of two of which half are taken at most
+    size_t m_paths = 0;           ///< slots that are taken
+    uint64_t m_flushes = 0;
 };
 
 /// The process's own; never destroyed.

@@ -50,14 +50,14 @@ struct Asking {
     bool add(const std::string& path, const ExifInformation& info) {
         return cache.add(ExifCache::Key(text(path).get()), info);
     }
-    bool find(const std::string& path, ExifInformation& info) const {
+    bool find(const std::string& path, ExifInformation& info) {
         return cache.find(ExifCache::Key(text(path).get()), info);
     }
     void replaceSize(const std::string& path, NSSize size, NSPoint resolution) {
         cache.replaceSize(ExifCache::Key(text(path).get()), size, resolution);
     }
     /// Width of the record that is found; -1 when none is.
-    int widthOf(const std::string& path) const {
+    int widthOf(const std::string& path) {
         ExifInformation info{};
         return find(path, info) ? info.width : -1;
     }
@@ -68,7 +68,7 @@ struct Asking {
 
 TEST(ExifCacheTest, AnEmptyOneFindsNothing) {
     const TemporaryFolder folder;
-    const Asking asking;
+    Asking asking;
     ExifInformation info = fullRecord(1);
     const ExifInformation before = info;
     EXPECT_FALSE(asking.find(folder.write("photo.jpg", "x"), info));
