@@ -17,13 +17,15 @@ TagData::~TagData() {
 const uint8_t* TagData::loaded(uint64_t offset, uint64_t size) {
     if (m_source == nullptr) return nullptr;
     const uint64_t end = offset + size;
-    if (offset >= m_stretchOffset && end <= m_stretchOffset + m_stretchLoaded)
-        return m_stretch + (offset - m_stretchOffset);
+    if (const uint8_t* bytes = inStretch(offset, end)) return bytes;
     if (m_cameShort) return nullptr;
     if (m_loaded == 0) loadFirst();
     if (end <= m_loaded) return m_bytes + offset;
     if (m_cameShort) return nullptr;
-    if (size <= kStretchSize && m_stretches < kMostStretches) return loadStretch(offset, size);
+    if (size <= kStretchSize - kStretchLead && m_stretches < kMostStretches) {
+        loadStretch(offset);
+        return inStretch(offset, end);
+    }
     loadAll();
     return end <= m_loaded ? m_bytes + offset : nullptr;
 }
@@ -33,12 +35,11 @@ void TagData::loadFirst() {
     m_loaded = read(0, m_first.first(static_cast<size_t>(std::min<uint64_t>(m_first.size(), m_length))));
 }
 
-const uint8_t* TagData::loadStretch(uint64_t offset, uint64_t size) {
+void TagData::loadStretch(uint64_t offset) {
     ++m_stretches;
-    const uint64_t wanted = std::min(kStretchSize, m_length - offset);
-    m_stretchOffset = offset;
-    m_stretchLoaded = read(offset, std::span(m_stretch).first(static_cast<size_t>(wanted)));
-    return size <= m_stretchLoaded ? m_stretch : nullptr;
+    m_stretchOffset = offset > m_loaded ? offset - std::min(offset - m_loaded, kStretchLead) : offset;
+    const uint64_t wanted = std::min(kStretchSize, m_length - m_stretchOffset);
+    m_stretchLoaded = read(m_stretchOffset, std::span(m_stretch).first(static_cast<size_t>(wanted)));
 }
 
 void TagData::loadAll() {

@@ -19,8 +19,8 @@ public:
         : m_bytes(bytes), m_loaded(length), m_length(length), m_start(start) {}
 
     /// The first `length` bytes of a source, read as they are asked for. The first step fills `first`; what
-    /// lies behind comes in a few small stretches, since mostly a single directory stands there. Who asks
-    /// for more of them gets all in memory. Both BORROWED.
+    /// lies behind comes in a few small stretches: mostly a directory or two stand there, side by side. Who
+    /// asks for more of them gets all in memory. Both BORROWED.
     TagData(ByteSource& source, uint64_t length, std::span<uint8_t> first)
         : m_length(length), m_source(&source), m_first(first) {}
 
@@ -48,11 +48,16 @@ public:
 
 private:
     static constexpr uint64_t kStretchSize = 1024;
+    static constexpr uint64_t kStretchLead = 512;  ///< where the directories stand that are asked for next
     static constexpr int kMostStretches = 4;
 
     const uint8_t* loaded(uint64_t offset, uint64_t size);
     void loadFirst();
-    const uint8_t* loadStretch(uint64_t offset, uint64_t size);
+    void loadStretch(uint64_t offset);
+    [[nodiscard]] const uint8_t* inStretch(uint64_t offset, uint64_t end) const {
+        const bool isThere = offset >= m_stretchOffset && end <= m_stretchOffset + m_stretchLoaded;
+        return isThere ? m_stretch + (offset - m_stretchOffset) : nullptr;
+    }
     void loadAll();
     uint64_t read(uint64_t offset, std::span<uint8_t> room);
 

@@ -114,7 +114,7 @@ TEST(TagWalk, LoadsNoValueThatNobodyCopies) {
     bytes.insert(bytes.end(), std::begin(makerNote), std::end(makerNote));
     bytes.resize(26 + 30000, 'm');
     for (const auto& [limit, expected] :
-         {std::pair(0u, 64u), std::pair(40u, 128u), std::pair(30000u, 30026u)}) {
+         {std::pair(0u, 64u), std::pair(40u, 64u + 1024u), std::pair(30000u, 30026u)}) {
         CountedSource source(bytes);
         std::array<uint8_t, 64> first;
         TagData data(source, bytes.size(), first);
