@@ -26,9 +26,19 @@ constexpr size_t kFirstStep = 3072;
 /// Longer than any value that a fact is made of has a reason to be.
 constexpr uint32_t kLongestValue = 64;
 
+constexpr TagFilter kFactTags = {
+    {kSlotOfIFD0, kMakerTag},           {kSlotOfIFD0, kOrientationTag},
+    {kSlotOfExif, kExifVersionTag},     {kSlotOfExif, kDateOriginalTag},
+    {kSlotOfExif, kDateDigitizedTag},   {kSlotOfExif, kPixelXDimensionTag},
+    {kSlotOfExif, kPixelYDimensionTag}, {kSlotOfExif, kXResolutionTag},
+    {kSlotOfExif, kYResolutionTag},     {kSlotOfExif, kColorSpaceTag},
+};
+
 /// Keeps the first of each tag that facts are made of.
 class KeptTags final : public TagSink, public FactTags {
 public:
+    KeptTags() : TagSink(kFactTags) {}
+
     /// False once there was a tag that is beyond the ordinary.
     [[nodiscard]] bool allFitted() const { return m_allFitted; }
 

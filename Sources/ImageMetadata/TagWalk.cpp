@@ -56,6 +56,7 @@ public:
           m_position(position),
           m_data(data),
           m_sink(sink),
+          m_filter(sink.filter()),
           m_bigEndian(position.bigEndian != 0),
           m_resumed(position.currentMainIFD != 0),
           m_valueBytesLeft(data.length() + kSpareValueBytes) {}
@@ -80,6 +81,7 @@ private:
     IMAGETAG_POSITION& m_position;
     TagData& m_data;
     TagSink& m_sink;
+    const TagFilter& m_filter;
     const bool m_bigEndian;
     const bool m_resumed;  ///< at IFD1
     uint64_t m_valueBytesLeft;
@@ -165,7 +167,9 @@ uint32_t Walk::takeEntry(uint32_t slot, const TagEntry& entry) {
     if (code != kTagNoError) return code;
     if (found.size() > m_valueBytesLeft) return kTagNoMemory;
     m_valueBytesLeft -= found.size();
-    return m_sink.take(static_cast<uint16_t>(slot), found);
+    if (!m_filter.lets(slot, entry.tag)) return kTagNoError;
+    // A copy, so that of the tags that nobody wants all stays in registers.
+    return m_sink.take(static_cast<uint16_t>(slot), FoundTag(found));
 }
 
 /// Pointers are followed later, the last one of a kind. A main directory may hold all three, an Exif

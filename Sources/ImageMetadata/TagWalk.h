@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <initializer_list>
 #include <optional>
 
 #include "FileImporter/CIMAGETAG.h"
@@ -12,16 +13,51 @@
 
 namespace fi {
 
+/// The tags that a sink has a use for. It may let others through, but stops none of those.
+class TagFilter {
+public:
+    struct Wanted {
+        uint16_t slot;
+        uint16_t tag;
+    };
+
+    /// Everything.
+    constexpr TagFilter() {
+        for (uint64_t& tags : m_tags)
+            tags = ~uint64_t{0};
+    }
+    constexpr TagFilter(std::initializer_list<Wanted> wanted) {
+        for (const auto& [slot, tag] : wanted)
+            m_tags[slot] |= bitOf(tag);
+    }
+    [[nodiscard]] constexpr bool lets(uint32_t slot, uint16_t tag) const {
+        return (m_tags[slot] & bitOf(tag)) != 0;
+    }
+
+private:
+    static constexpr uint64_t bitOf(uint16_t tag) { return uint64_t{1} << (tag % 64U); }
+
+    uint64_t m_tags[8] = {};  ///< for each slot, a bit for tags with the same remainder
+};
+inline constexpr TagFilter kEveryTag;
+
 /// Takes what a walk finds.
 class TagSink {
 public:
+    /// Of the tags that lie where they should only those that the filter lets through are offered.
+    [[nodiscard]] const TagFilter& filter() const { return m_filter; }
+
     /// A tag of a slot (0 to 7). 0, or the error code that ends the walk.
     [[nodiscard]] virtual uint32_t take(uint16_t slot, const FoundTag& tag) = 0;
     /// What was taken for the slots from `from` on has to go: it will come again.
     virtual void release(int32_t from) = 0;
 
 protected:
+    explicit TagSink(const TagFilter& filter = kEveryTag) : m_filter(filter) {}
     ~TagSink() = default;
+
+private:
+    const TagFilter& m_filter;
 };
 
 /// Of data that begin at the file's first byte: sets the format and the header position. 0, 4 or 5.
