@@ -19,9 +19,12 @@ namespace {
 
 using test::TiffDirectory;
 
-/// Keeps the first bytes of every value.
+/// Keeps the first bytes of every value that the filter lets through.
 class KeepingSink final : public TagSink {
 public:
+    KeepingSink() = default;
+    explicit KeepingSink(const TagFilter& filter) : TagSink(filter) {}
+
     uint32_t take(uint16_t slot, const FoundTag& tag) override {
         if (tag.tag() == refused) return kTagNoMemory;
         std::string bytes(std::min(tag.size(), limit), '\0');
@@ -106,6 +109,47 @@ TEST_P(TagWalkOrder, EndsWithTheCodeOfTheSink) {
     EXPECT_EQ(walkHead(position, data, sink), kTagNoMemory);
     EXPECT_FALSE(sink.taken.empty());
     EXPECT_TRUE(sink.released.empty());
+}
+
+TEST(TagFilter, LetsThroughWhatIsWantedAndNothingOfOtherSlots) {
+    constexpr TagFilter kTwo = {{0, 0x0112}, {1, 0x9003}};
+    EXPECT_TRUE(kTwo.lets(0, 0x0112));
+    EXPECT_TRUE(kTwo.lets(1, 0x9003));
+    EXPECT_FALSE(kTwo.lets(0, 0x9003));
+    EXPECT_FALSE(kTwo.lets(1, 0x0112));
+    EXPECT_FALSE(kTwo.lets(4, 0x0112));
+    for (uint32_t slot = 0; slot < 8; ++slot)
+        EXPECT_TRUE(kEveryTag.lets(slot, 0xFFFF) && kEveryTag.lets(slot, 0));
+}
+
+TEST_P(TagWalkOrder, OffersASinkOnlyWhatItsFilterLetsThrough) {
+    const auto bytes = photo(GetParam());
+    static constexpr TagFilter kTwo = {{0, 0x0112}, {1, 0x9003}};
+    TagData data(bytes.data(), bytes.size());
+    KeepingSink sink(kTwo);
+    IMAGETAG_POSITION position{};
+    EXPECT_EQ(walkHead(position, data, sink), kTagNoError);
+    ASSERT_EQ(sink.taken.size(), 2u);
+    EXPECT_EQ(std::get<1>(sink.taken[0]), 0x0112);
+    EXPECT_EQ(std::get<1>(sink.taken[1]), 0x9003);
+}
+
+TEST(TagWalk, EndsAtABadTagThatTheFilterKeepsBackToo) {
+    static constexpr TagFilter kOrientation = {{0, 0x0112}};
+    const auto codeWith = [](const TiffDirectory& main) {
+        const auto bytes = test::tiffBlock({main}, ByteOrder::Little);
+        TagData data(bytes.data(), bytes.size());
+        KeepingSink sink(kOrientation);
+        IMAGETAG_POSITION position{};
+        const uint32_t code = walkHead(position, data, sink);
+        return std::pair(code, sink.taken.size());
+    };
+    const auto good = TiffDirectory().shorts(0x0112, {6});
+    EXPECT_EQ(codeWith(good), std::pair(kTagNoError, size_t{1}));
+    EXPECT_EQ(codeWith(TiffDirectory(good).bytes(0x0100, 13, {1})), std::pair(kTagBadData, size_t{0}));
+    EXPECT_EQ(codeWith(TiffDirectory(good).bytes(0x0113, 13, {1})), std::pair(kTagBadData, size_t{1}));
+    EXPECT_EQ(codeWith(TiffDirectory(good).bytes(0x0113, 7, std::vector<uint8_t>(40000))),
+              std::pair(kTagNoMemory, size_t{1}));
 }
 
 TEST(TagWalk, LoadsNoValueThatNobodyCopies) {
