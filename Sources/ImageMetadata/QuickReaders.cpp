@@ -13,6 +13,7 @@
 #include "ImageMetadata/ExifFacts.h"
 #include "ImageMetadata/ExifValues.h"
 #include "ImageMetadata/HeldTag.h"
+#include "PlatformKit/Base/Boundary.h"
 #include "PlatformKit/Base/Faults.h"
 #include "PlatformKit/Files/FileSource.h"
 #include "PlatformKit/Files/FileSystem.h"
@@ -48,7 +49,7 @@ FileHead readFileHead(CFURLRef url) {
         head.code = kNotFoundErr;
         return head;
     }
-    head.bytes.reset(readFileBlock(url, &head.size, ReadLimit::Head));
+    guarded([&] { head.bytes.reset(readFileBlock(url, &head.size, ReadLimit::Head)); });
     if (head.bytes) head.code = head.size > 0 ? kNoErr : kNotFoundErr;
     return head;
 }
@@ -78,6 +79,13 @@ bool readDateTag(CIMAGETAG& tags, uint16_t tag, DateTimeRec& date) {
     return held && readDateText(textOfTag(*held), date);
 }
 
+/// Null for what cannot be read.
+std::unique_ptr<FileSource> openSource(CFURLRef url) {
+    const char* path = pathOf(url);
+    if (path == nullptr || isQALFile(url->path())) return nullptr;
+    return guarded([path] { return openFileSource(path); }, std::unique_ptr<FileSource>());
+}
+
 /// A handle of `size` bytes, or null without memory.
 Handle newHandle(size_t size) {
     return faultHappens(Fault::Allocation, "readDataHandle") ? nullptr : NewHandle(size);
@@ -98,8 +106,7 @@ OSErr readDataHandle(CFURLRef url, Handle* handle) {
 OSErr readDataHandleOffset(CFURLRef url, Handle* handle, int32_t offset, int32_t length, int32_t* got) {
     *handle = nullptr;
     *got = 0;
-    const char* path = pathOf(url);
-    const auto source = path != nullptr && !isQALFile(url->path()) ? openFileSource(path) : nullptr;
+    const auto source = openSource(url);
     if (!source) return kMemFullErr;
     const auto size = static_cast<uint32_t>(source->size());
     const auto start = static_cast<uint32_t>(offset);
@@ -110,7 +117,7 @@ OSErr readDataHandleOffset(CFURLRef url, Handle* handle, int32_t offset, int32_t
     const Handle made = newHandle(wanted);
     if (made == nullptr) return kMemFullErr;
     const std::span<uint8_t> block(reinterpret_cast<uint8_t*>(*made), wanted);
-    if (source->read(start, block) != wanted || faultHappens(Fault::ShortRead, path)) {
+    if (source->read(start, block) != wanted || faultHappens(Fault::ShortRead, pathOf(url))) {
         DisposeHandle(made);
         return kMemFullErr;
     }
@@ -141,7 +148,7 @@ OSErr readOrientationFromExifFast(CFURLRef url, CIMAGETAG& tags, int16_t& orient
 
 OSErr readDate(CFURLRef url, int32_t fileDateMode, CIMAGETAG& tags, DateTimeRec& date) {
     if (fileDateMode != kFileDateOnly) {
-        const CFStringRef type = fileTypeOfURL(url);
+        const CFStringRef type = guarded([url] { return fileTypeOfURL(url); }, CFStringRef{nullptr});
         const bool hasExif = type == kUTTypeJPEG || type == kUTTypeTIFF;
         const OSErr code = hasExif ? readDateFromExifFast(url, tags, date) : readPictDate(date);
         if (code == kNoErr) return kNoErr;
@@ -154,11 +161,13 @@ OSErr readPictDate(DateTimeRec& /*date*/) {
 }
 
 OSErr readExifOrientation(CFURLRef url, int16_t* orientation) {
-    const auto properties = imagePropertiesAt(url);
-    if (!properties) return kNoErr;
-    const auto* stated = properties->value<CFNumber>(kCGImagePropertyOrientation);
-    // The number is an int; only its low half fits the caller's variable.
-    *orientation = stated != nullptr ? stated->int16Value() : int16_t{0};
+    guarded([&] {
+        const auto properties = imagePropertiesAt(url);
+        if (!properties) return;
+        const auto* stated = properties->value<CFNumber>(kCGImagePropertyOrientation);
+        // The number is an int; only its low half fits the caller's variable.
+        *orientation = stated != nullptr ? stated->int16Value() : int16_t{0};
+    });
     return kNoErr;
 }
 
@@ -168,7 +177,7 @@ bool checkPhotoSize(const tCacheInfo* record, CFURLRef url, Rect* bounds) {
                    static_cast<int16_t>(record->exifValue1)};
         return true;
     }
-    const Rect own = imageBoundsAt(url);
+    const Rect own = guarded([url] { return imageBoundsAt(url); }, Rect{});
     if (own.top >= own.bottom || own.left >= own.right) return false;
     if (bounds != nullptr) {
         *bounds = {0, 0, static_cast<int16_t>(own.bottom - own.top),

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // One question about one photo, answered from its file: what CFileImporter asks about its current one. A
-// URL that is null or has no path counts as a missing file. One thread at a time where a CIMAGETAG is
-// taken, else any.
+// URL that is null or has no path counts as a missing file. Nothing is thrown. One thread at a time where
+// a CIMAGETAG is taken, else any.
 #pragma once
 
 #include <cstdint>

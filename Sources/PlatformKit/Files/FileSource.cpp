@@ -37,7 +37,12 @@ std::unique_ptr<FileSource> openFileSource(const char* path) {
         close(descriptor);
         return nullptr;
     }
-    return std::make_unique<FileSource>(descriptor, static_cast<uint64_t>(status.st_size));
+    try {
+        return std::make_unique<FileSource>(descriptor, static_cast<uint64_t>(status.st_size));
+    } catch (...) {
+        close(descriptor);
+        throw;
+    }
 }
 
 }  // namespace fi
