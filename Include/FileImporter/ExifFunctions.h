@@ -2,7 +2,9 @@
 // Exif values and facts by single calls. Nothing is thrown.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <type_traits>
 
 #include "FileImporter/CIMAGETAG.h"
 #include "FileImporter/Records.h"
@@ -50,12 +52,15 @@ struct TIFF_EXIFSUB {
     int32_t ifdSize;              ///< entries x 12 + 2
     uint32_t pointerFieldOffset;  ///< of the pointer's value field, from the directory on
 };
+static_assert(std::is_trivial_v<TIFF_EXIFSUB> && sizeof(TIFF_EXIFSUB) == 24);
+static_assert(offsetof(TIFF_EXIFSUB, exifIFD) == 0 && offsetof(TIFF_EXIFSUB, exifOffset) == 8 &&
+              offsetof(TIFF_EXIFSUB, ifdSize) == 12 && offsetof(TIFF_EXIFSUB, pointerFieldOffset) == 16);
 
 /// Works on one directory of a TIFF block, `base` being its offset in the file: all its bytes (entries x 12
-/// + 2) must be there. With `measure` returns the bytes from the directory to the end of its last value,
-/// and fills `sub` (null is allowed); 0 when a value lies before the directory or begins in it. Without,
-/// rewrites every offset to offset - base in the file's byte order and returns entries x 12 + 6. 0 for a
-/// directory without entries.
+/// + 2) must be there. With `measure` returns the bytes from the directory to the end of its last value, at
+/// least entries x 12 + 6, and fills `sub` (null is allowed); 0 when a value lies before the directory or
+/// begins in it. Without, rewrites every offset to offset - base in the file's byte order and returns
+/// entries x 12 + 6, but 0 for a directory without entries. Any thread.
 FI_EXPORT uint32_t GetSizeOrChangeOffsetIFD(unsigned char* ifd, int32_t base, uint8_t littleEndian,
                                             TIFF_EXIFSUB* sub, uint8_t measure);
 

@@ -39,10 +39,11 @@ struct Entry {
     [[nodiscard]] bool isOutOfLine() const { return valueBytes > kInlineBytes; }
 };
 
-/// The entries of a directory of which all bytes are there, else 0.
-uint32_t entryCount(ByteView directory) {
-    const uint32_t count = directory.u16(0).value_or(0);
-    return directory.contains(kCountBytes, uint64_t{count} * kEntryBytes) ? count : 0;
+/// The entries of a directory; nothing when one of them is cut.
+std::optional<uint32_t> entryCount(ByteView directory) {
+    const auto count = directory.u16(0);
+    if (!count || !directory.contains(kCountBytes, uint64_t{*count} * kEntryBytes)) return std::nullopt;
+    return *count;
 }
 
 Entry entryAt(ByteView directory, uint32_t index) {
@@ -120,10 +121,11 @@ void readSegment(ExifSegment& segment, CFURLRef url, CFStringRef type) {
 
 DirectoryExtent measureDirectory(ByteView directory, int64_t offset) {
     DirectoryExtent extent;
-    const uint32_t count = entryCount(directory);
-    extent.size = kCountBytes + count * kEntryBytes;
-    uint64_t span = count == 0 ? 0 : extent.size + kNextBytes;
-    for (uint32_t i = 0; i < count; ++i) {
+    const auto count = entryCount(directory);
+    if (!count) return extent;
+    extent.size = kCountBytes + *count * kEntryBytes;
+    uint64_t span = extent.size + kNextBytes;
+    for (uint32_t i = 0; i < *count; ++i) {
         const Entry entry = entryAt(directory, i);
         if (entry.tag == kExifPointer) extent.exif = ExifPointer{entry.value, entry.valuePosition};
         if (!entry.isOutOfLine()) continue;
@@ -137,7 +139,7 @@ DirectoryExtent measureDirectory(ByteView directory, int64_t offset) {
 
 uint32_t moveDirectory(std::span<uint8_t> directory, ByteOrder order, int64_t distance) {
     const ByteView view(directory, order);
-    const uint32_t count = entryCount(view);
+    const uint32_t count = entryCount(view).value_or(0);
     for (uint32_t i = 0; i < count; ++i) {
         const Entry entry = entryAt(view, i);
         if (!entry.isOutOfLine()) continue;
@@ -181,7 +183,7 @@ std::vector<uint8_t> exifSegmentOfTiff(ByteView file) {
     const auto exifPosition = static_cast<uint32_t>(kTiffHeaderBytes + main.bytes.size());
     std::vector<uint8_t> segment = segmentHead(file, static_cast<uint32_t>(total));
     uint8_t* const copy = append(segment, main.bytes, *offset, kTiffHeaderBytes);
-    const uint32_t next = kCountBytes + entryCount(main.bytes) * kEntryBytes;
+    const uint32_t next = kCountBytes + entryCount(main.bytes).value_or(0) * kEntryBytes;
     store32(copy + next, 0, order);
     if (!main.exif) return segment;
     store32(copy + main.exif->fieldPosition, exifPosition, order);

@@ -22,9 +22,10 @@ struct ExifPointer {
 
 /// The extent of a directory.
 struct DirectoryExtent {
-    uint32_t size = 0;  ///< entries x 12 + 2
-    /// Bytes from its start to the end of its last value, UINT32_MAX for more. 0 for a directory without
-    /// entries, one that is cut, and one with a value that lies before it or begins in it.
+    uint32_t size = 0;  ///< entries x 12 + 2; 0 for a directory that is cut
+    /// Bytes from its start to the end of its last value, at least to that of the next one's offset;
+    /// UINT32_MAX for more. 0 for a directory that is cut, and one with a value that lies before it or
+    /// begins in it.
     uint32_t span = 0;
     std::optional<ExifPointer> exif;  ///< the last one; also when there is no span
 };

@@ -152,12 +152,15 @@ TEST(ExifFunctionsTest, ChangingRewritesOffsets) {
     }
 }
 
-TEST(ExifFunctionsTest, ADirectoryWithoutEntriesGivesNothing) {
-    Bytes bytes = {0, 0};
-    TIFF_EXIFSUB sub{};
-    EXPECT_EQ(GetSizeOrChangeOffsetIFD(bytes.data(), 8, 1, &sub, 0), 0U);
-    EXPECT_EQ(GetSizeOrChangeOffsetIFD(bytes.data(), 8, 1, &sub, 1), 0U);
-    EXPECT_EQ(sub.ifdSize, 2);
+TEST(ExifFunctionsTest, ADirectoryWithoutEntriesIsMeasuredButHasNothingToChange) {
+    for (const uint8_t littleEndian : {uint8_t{0}, uint8_t{1}}) {
+        Bytes bytes = {0, 0};
+        TIFF_EXIFSUB sub{bytes.data(), 1, 0, 3};
+        EXPECT_EQ(GetSizeOrChangeOffsetIFD(bytes.data(), 8, littleEndian, &sub, 0), 0U);
+        EXPECT_EQ(bytes, (Bytes{0, 0}));
+        EXPECT_EQ(GetSizeOrChangeOffsetIFD(bytes.data(), 8, littleEndian, &sub, 1), 6U);
+        EXPECT_EQ(sub.ifdSize, 2);
+    }
 }
 
 }  // namespace fi::test
