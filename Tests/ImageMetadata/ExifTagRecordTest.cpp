@@ -19,9 +19,9 @@ namespace fi::test {
 
 namespace {
 
-// 1 August 2021, 12:34:56 UTC, a Sunday.
-constexpr time_t kSunday = 1627821296;
-constexpr DateTimeRec kModified{2021, 8, 1, 12, 34, 56, 0};
+// 2 August 2021, 12:34:56 UTC, a Monday.
+constexpr time_t kMonday = 1627907696;
+constexpr DateTimeRec kModified{2021, 8, 2, 12, 34, 56, 1};
 
 tCacheInfo filledRecord() {
     tCacheInfo record;
@@ -78,7 +78,7 @@ TEST(ExifTagRecordTest, WithoutExifThereIsTheModificationDate) {
     const ScopedTimeZone zone("UTC0");
     const TemporaryFolder folder;
     const std::string path = folder.write("plain.jpg", jpegWith({.width = 640, .height = 480}));
-    const timespec times[2] = {{kSunday, 0}, {kSunday, 0}};
+    const timespec times[2] = {{kMonday, 0}, {kMonday, 0}};
     ASSERT_EQ(utimensat(AT_FDCWD, path.c_str(), times, 0), 0);
     tCacheInfo expected = filledRecord();
     expected.date = kModified;

@@ -22,9 +22,9 @@ namespace fi::test {
 
 namespace {
 
-// 1 August 2021, 12:34:56 UTC, a Sunday.
-constexpr time_t kSunday = 1627821296;
-constexpr DateTimeRec kModified{2021, 8, 1, 12, 34, 56, 0};
+// 2 August 2021, 12:34:56 UTC, a Monday.
+constexpr time_t kMonday = 1627907696;
+constexpr DateTimeRec kModified{2021, 8, 2, 12, 34, 56, 1};
 constexpr DateTimeRec kUntouched{-1, -2, -3, -4, -5, -6, -7};
 
 constexpr uint16_t kOriginal = 36867;
@@ -35,7 +35,7 @@ constexpr ByteOrder kOrders[] = {ByteOrder::Little, ByteOrder::Big};
 class QuickReadersTest : public ::testing::Test {
 protected:
     std::string modifiedThen(const std::string& path) const {
-        const timespec times[2] = {{kSunday, 0}, {kSunday, 0}};
+        const timespec times[2] = {{kMonday, 0}, {kMonday, 0}};
         EXPECT_EQ(utimensat(AT_FDCWD, path.c_str(), times, 0), 0);
         return path;
     }
