@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Exif values and facts by single calls. Nothing is thrown.
+// Exif values and facts by single calls. Nothing is thrown. Any thread, where not said otherwise.
 #pragma once
 
 #include <cstddef>
@@ -14,7 +14,7 @@
 
 namespace fi {
 
-/// Reads an Exif date; see CheckDateForCocoa. Any thread.
+/// Reads an Exif date; see CheckDateForCocoa.
 FI_EXPORT bool CheckDate(const char* text, DateTimeRec* out);
 
 /// True for a year, month and day of at least 1 and a time without negative parts; nothing else is asked.
@@ -32,7 +32,7 @@ FI_EXPORT int16_t ConvOrientation(int16_t& orientation);
 /// Copies a record's value to `out`, which may be null. A BYTE array is copied whole, of RATIONALs the
 /// numerators and denominators as 32-bit words in turn; of every other type only the first value, of an
 /// SRATIONAL its numerator. Texts are not copied. Returns the bytes of a unit as written (1, 2, 4, 8); 0
-/// for a text, an unknown type and a count below 1.
+/// for a text, an unknown type, a count below 1 and a null record.
 FI_EXPORT uint8_t Exif_GetValueFromType(void* out, const IMAGETAG_INFO* info);
 
 /// Whether the field that stands in gImageTag says that the colours are Adobe RGB, by white point,
@@ -42,7 +42,7 @@ FI_EXPORT bool ExifCheckAdobeRGB();
 
 /// Date, orientation and Exif pixel size of a photo from the cache of such facts (see
 /// ZebFileManager::readExifTag), copied into the record when the result is 0. -43 for a null URL, one
-/// without a path, and a missing file. Any thread.
+/// without a path, and a missing file.
 FI_EXPORT OSErr ReadExifTagForZebFileManager(CFURLRef url, tCacheInfo* info);
 
 /// What is found in IFD0 while its size is measured.
@@ -60,7 +60,7 @@ static_assert(offsetof(TIFF_EXIFSUB, exifIFD) == 0 && offsetof(TIFF_EXIFSUB, exi
 /// + 2) must be there. With `measure` returns the bytes from the directory to the end of its last value, at
 /// least entries x 12 + 6, and fills `sub` (null is allowed); 0 when a value lies before the directory or
 /// begins in it. Without, rewrites every offset to offset - base in the file's byte order and returns
-/// entries x 12 + 6, but 0 for a directory without entries. Any thread.
+/// entries x 12 + 6, but 0 for a directory without entries.
 FI_EXPORT uint32_t GetSizeOrChangeOffsetIFD(unsigned char* ifd, int32_t base, uint8_t littleEndian,
                                             TIFF_EXIFSUB* sub, uint8_t measure);
 

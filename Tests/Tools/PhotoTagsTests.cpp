@@ -112,6 +112,7 @@ TEST_F(PhotoTagsOfAFile, AreNotAskedOfWhatCannotBeRead) {
     EXPECT_FALSE(readPhotoTags(readPhotoFacts(m_folder.at("gone.jpg"))));
     EXPECT_FALSE(readPhotoTags(readPhotoFacts(m_folder.path())));
     EXPECT_FALSE(tagsOf("empty.jpg", ""));
+    EXPECT_FALSE(tagsOf("album.qal", jpegOf(testPicture(8, 8))));
 }
 
 /// A TIFF file with so many bytes between its first directory and the second.
@@ -162,6 +163,30 @@ TEST_F(PhotoTagsOfAFile, StopAtAnEntryThatCannotBe) {
     EXPECT_TRUE(tags->incomplete);
     ASSERT_EQ(namesOf(*tags), Names{"IFD0"});
     EXPECT_EQ(tags->directories[0].tags.size(), 1U);
+}
+
+TEST_F(PhotoTagsOfAFile, HaveTheirCountsModulo65536) {
+    for (const size_t count : {size_t{65536}, size_t{70000}}) {
+        TiffDirectory page = tiffPage(testPicture(4, 4));
+        page.bytes(0x02BC, 7, Bytes(count, 'x')).text(0x8298, "behind");
+        const auto tags = tagsOf("a.tif", tiffBlock({page}, ByteOrder::Little));
+        ASSERT_TRUE(tags);
+        EXPECT_FALSE(tags->incomplete);
+        const auto& list = tags->directories.at(0).tags;
+        ASSERT_GE(list.size(), 2U);
+        EXPECT_EQ(list[list.size() - 2], (PhotoTag{0x02BC, 7, std::string(count % 65536, 'x')}));
+        EXPECT_EQ(list.back().value, std::string("behind\0", 7));
+    }
+}
+
+TEST_F(PhotoTagsOfAFile, EndAtACountThatIsNegative) {
+    TiffDirectory page;
+    page.text(0x010F, "Maker").bytes(0x02BC, 7, Bytes(32768, 'x')).text(0x8298, "behind");
+    const auto tags =
+        tagsOf("a.jpg", withExif(jpegOf(testPicture(8, 8)), tiffBlock({page}, ByteOrder::Little)));
+    ASSERT_TRUE(tags);
+    EXPECT_TRUE(tags->incomplete);
+    EXPECT_EQ(tags->directories.at(0).tags.size(), 1U);
 }
 
 TEST_F(PhotoTagsOfAFile, OfADamagedPictureAreReadAllTheSame) {

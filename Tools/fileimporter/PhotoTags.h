@@ -42,7 +42,8 @@ struct PhotoTags {
 [[nodiscard]] PhotoTag photoTag(const IMAGETAG_INFO& record);
 
 /// The tags of a file whose facts are known: none for one that is neither JPEG nor TIFF; nothing when its
-/// bytes cannot be had. Reads its head, and all of a TIFF file where the head does not do.
+/// bytes cannot be had, as those of an empty file and a Qal file. Reads its head, and all of a TIFF file
+/// where the head does not do.
 [[nodiscard]] std::optional<PhotoTags> readPhotoTags(const PhotoFacts& facts);
 
 }  // namespace fi
