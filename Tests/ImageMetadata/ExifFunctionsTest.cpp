@@ -124,6 +124,21 @@ TEST(ExifFunctionsTest, AValueBeforeTheDirectorysEndMeasuresNothing) {
     }
 }
 
+TEST(ExifFunctionsTest, APointerIsToldUpToTheValueThatEndsTheMeasuring) {
+    const TiffBytes::Entry pointer{0x8769, 4, 1, 33};
+    const TiffBytes::Entry inside{700, 1, 40, 7};
+    const auto measured = [](const std::vector<TiffBytes::Entry>& entries) {
+        TiffBytes tiff(ByteOrder::Little);
+        Bytes bytes = from(tiff, tiff.addDirectory(entries));
+        TIFF_EXIFSUB sub{};
+        EXPECT_EQ(GetSizeOrChangeOffsetIFD(bytes.data(), 8, 1, &sub, 1), 0U);
+        EXPECT_EQ(sub.ifdSize, 26);
+        return sub.exifOffset;
+    };
+    EXPECT_EQ(measured({pointer, inside}), 33U);
+    EXPECT_EQ(measured({inside, pointer}), 0U);
+}
+
 TEST(ExifFunctionsTest, ADirectoryBehindTwoGibibytesIsMeasured) {
     TiffBytes tiff(ByteOrder::Little);
     const uint64_t start = tiff.addDirectory({{700, 1, 40, 0x90000020}});

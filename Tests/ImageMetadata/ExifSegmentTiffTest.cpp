@@ -147,16 +147,18 @@ TEST(ExifSegmentTiffTest, AnExifDirectoryInFrontIsMovedBehind) {
 }
 
 TEST(ExifSegmentTiffTest, OnlyTheFirstLetterSaysTheOrderAndTheHeaderStays) {
-    TiffBytes tiff = withValueAt(30, 20, ByteOrder::Little);
-    Bytes bytes = tiff.bytes();
-    bytes[1] = 'x';
-    bytes[2] = 43;
-    const Bytes segment = segmentOf(bytes);
-    ASSERT_GT(segment.size(), 18U);
-    EXPECT_EQ(Bytes(segment.begin() + 10, segment.begin() + 14), (Bytes{'I', 'x', 43, 0}));
-    for (const uint8_t other : {uint8_t{'i'}, uint8_t{'m'}, uint8_t{0xFF}, uint8_t{0}}) {
-        bytes[0] = other;
-        EXPECT_EQ(segmentOf(bytes), Bytes{});
+    for (const ByteOrder order : kOrders) {
+        Bytes bytes = withValueAt(30, 20, order).bytes();
+        bytes[1] = 'x';
+        bytes[2] = 43;
+        const Bytes segment = segmentOf(bytes);
+        ASSERT_GT(segment.size(), 18U);
+        EXPECT_EQ(Bytes(segment.begin() + 10, segment.begin() + 14),
+                  Bytes(bytes.begin(), bytes.begin() + 4));
+        for (const uint8_t other : {uint8_t{'i'}, uint8_t{'m'}, uint8_t{0xFF}, uint8_t{0}}) {
+            bytes[0] = other;
+            EXPECT_EQ(segmentOf(bytes), Bytes{});
+        }
     }
 }
 

@@ -90,4 +90,19 @@ TEST(ExifTagRecordTest, WithoutExifThereIsTheModificationDate) {
     EXPECT_TRUE(isSame(record, expected));
 }
 
+TEST(ExifTagRecordTest, OfAFileThatCannotBeReadEveryFactIsZero) {
+    const TemporaryFolder folder;
+    for (const std::string& path : {folder.write("empty.jpg", ""), folder.write("album.qal", jpegWith({})),
+                                    folder.makeFolder("folder.jpg")}) {
+        tCacheInfo expected = filledRecord();
+        expected.date = {};
+        expected.orientation = 0;
+        expected.exifValue1 = 0;
+        expected.exifValue2 = 0;
+        tCacheInfo record = filledRecord();
+        EXPECT_EQ(ReadExifTagForZebFileManager(urlAt(path).get(), &record), 0);
+        EXPECT_TRUE(isSame(record, expected)) << path;
+    }
+}
+
 }  // namespace fi::test
