@@ -15,8 +15,9 @@
 
 namespace fi {
 
-/// The file's head (65567 bytes at most), OWNED, in `*handle`, else null. 0; -43 for an empty file; -108
-/// for one that cannot be read (missing, a folder, a Qal file) and without memory.
+/// The file's head (65567 bytes at most), OWNED, in `*handle`, else null. 0; -43 for an empty file, which a
+/// pipe or device counts as; -108 for one that cannot be read (missing, a folder, a Qal file) and without
+/// memory.
 [[nodiscard]] OSErr readDataHandle(CFURLRef url, Handle* handle);
 
 /// `length` bytes of the file from `offset` on, or those that it has, OWNED, in `*handle`, else null, and
