@@ -154,8 +154,9 @@ void saveCardReads() {
     save("FuzzCardReads", "units",
          cardReads(3000, 512, 3000, {{1, 511, 600}, {1, 512, 1}, {1, 513, 9000}, {1, 0, 100}, {0, 0, 0}}));
     save("FuzzCardReads", "end",
-         cardReads(1000, 512, 1000,
-                   {{1, 1000, 10}, {1, 1001, 10}, {1, 1024, 10}, {2, 1000, 10}, {2, 1001, 1}}));
+         cardReads(
+             1000, 512, 1000,
+             {{1, 1000, 10}, {1, 1001, 10}, {1, 1024, 10}, {1, 1024, 0}, {2, 1000, 10}, {2, 1001, 1}}));
     save("FuzzCardReads", "huge",
          cardReads(1000, 65535, 10,
                    {{1, 0, 0xFFFFFFFF}, {129, 0xFFFFFFFF, 0xFFFFFFFF}, {130, 0xFFFFFFFF, 8}}));

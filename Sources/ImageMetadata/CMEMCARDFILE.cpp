@@ -179,8 +179,9 @@ uint8_t CMEMCARDFILE::GetDataBlockSpecification(char* dest, uint32_t offset, uin
     const uint32_t code = readStretch({m_descriptor, m_info.fileSize, m_readPosition},
                                       {stretch.start, stretch.span, block.get(), room}, &count);
     if (code != kTagNoError) return answer(error, code);
-    // The file ends inside the lead: the offset lies behind its end.
-    if (count < stretch.lead) return answer(error, kCardReadFailed);
+    // The file ends inside the lead, or nothing was to be read: the offset may lie behind its end.
+    if (count < stretch.lead || (count == 0 && offset > m_info.fileSize))
+        return answer(error, kCardReadFailed);
     *got = std::min(count - stretch.lead, length);
     if (*got > 0) std::memcpy(dest, block.get() + stretch.lead, *got);
     return answer(error, kTagNoError);

@@ -27,11 +27,11 @@ public:
     [[nodiscard]] CardAnswer stretch(uint32_t offset, uint32_t length) {
         const uint64_t start = offset - offset % m_unit;
         m_place = start;
-        const bool nothingAsked = length == 0 && start == offset;
-        if (start > size() && !nothingAsked) return {kCardReadFailed};
+        const bool readsNothing = length == 0 && start == offset;
+        if (start > size() && !readsNothing) return {kCardReadFailed};
         m_place = start + m_readPosition;
-        if (offset > size() && !nothingAsked) return {kCardReadFailed};
-        const std::string bytes = offset > size() ? std::string() : m_bytes.substr(offset, length);
+        if (offset > size()) return {kCardReadFailed};
+        const std::string bytes = m_bytes.substr(offset, length);
         return {kTagNoError, static_cast<uint32_t>(bytes.size()), bytes};
     }
 
