@@ -16,7 +16,6 @@ namespace fi {
 
 namespace {
 
-constexpr uint32_t kStretchWanted = 20480;
 constexpr uint16_t kImageWidth = 256;
 constexpr uint16_t kImageLength = 257;
 

@@ -14,8 +14,6 @@ namespace fi {
 
 namespace {
 
-constexpr uint32_t kStretchWanted = 20480;
-
 const uint8_t* bytesOf(const char* data) {
     return reinterpret_cast<const uint8_t*>(data);
 }

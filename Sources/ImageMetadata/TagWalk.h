@@ -13,6 +13,9 @@
 
 namespace fi {
 
+/// Bytes that are asked for when a directory is not in hand.
+inline constexpr uint32_t kStretchWanted = 20480;
+
 /// The tags that a sink has a use for. It may let others through, but stops none of those.
 class TagFilter {
 public:
