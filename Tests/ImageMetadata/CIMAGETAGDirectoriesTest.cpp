@@ -370,4 +370,28 @@ TEST(CIMAGETAGDirectoriesTest, FilesOfBothByteOrdersInARowAreRead) {
     }
 }
 
+TEST(CIMAGETAGDirectoriesTest, PointersOfAnyTypeAreFollowed) {
+    // As type 13, a directory, is no type of a value, it must not end the parse either.
+    for (const ByteOrder order : kBothOrders) {
+        for (const uint16_t type : Shorts{0, 4, 9, 13}) {
+            OpenTag tag;
+            const TagBytes file = TagBytes(order)
+                                      .directory(8, {entryAt(kExifPointer, type, 1, 100),
+                                                     entryAt(kGpsPointer, type, 40'000, 200)})
+                                      .directory(100, {entryAt(kInteropPointer, type, 1, 300)})
+                                      .directory(200, {shortEntry(30, 2)})
+                                      .directory(300, interopWindow({shortEntry(1, 3)}));
+            EXPECT_EQ(parse(tag, file).answer, kDone) << type;
+            EXPECT_EQ(tag.counts(), (Counts{0, 0, 1, 1})) << type;
+            EXPECT_EQ(tag.HasExifIFD(), 1) << type;
+        }
+        OpenTag tag;
+        const TagBytes file = TagBytes(order)
+                                  .directory(8, {shortEntry(kExifPointer, 100)})
+                                  .directory(100, {shortEntry(33434, 1)});
+        EXPECT_EQ(parse(tag, file).answer, kDone);
+        EXPECT_EQ(tag.counts(), (Counts{0, 1}));
+    }
+}
+
 }  // namespace fi::test

@@ -244,4 +244,15 @@ TEST(CIMAGETAGFormatTest, APlainJFIFFileFindsNothingAfterAnyOtherFile) {
     }
 }
 
+TEST(CIMAGETAGFormatTest, BehindAJFIFSegmentOnlyTheWholeNameMakesExif) {
+    for (const size_t place : {20U + 4, 20U + 5, 20U + 6, 20U + 7}) {
+        Bytes file = smallFile(ByteOrder::Little, kJfifExifHeader).bytes();
+        file[place] ^= 0x20;  // its case
+        OpenTag tag;
+        EXPECT_EQ(parse(tag, file).answer, kMore) << place;
+        EXPECT_EQ(tag.position().headerPosition, 0U) << place;
+        EXPECT_EQ(tag.counts(), Counts{}) << place;
+    }
+}
+
 }  // namespace fi::test

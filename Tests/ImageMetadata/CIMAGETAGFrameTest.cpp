@@ -166,4 +166,40 @@ TEST(CIMAGETAGFrameTest, TheRecordsNeedMemory) {
     }
 }
 
+TEST(CIMAGETAGFrameTest, AProgressiveFrameCountsBeforeACutBaselineFrame) {
+    const Bytes whole = jpegFile({frame(0xC2, 640, 480), frame(0xC0, 320, 200)});
+    const size_t start = whole.size() - frame(0xC0, 320, 200).size();
+    for (size_t size = start; size < whole.size(); ++size) {
+        SCOPED_TRACE(size);
+        const Bytes bytes(whole.begin(), whole.begin() + static_cast<ptrdiff_t>(size));
+        if (size < start + 9) {
+            expectFrame(bytes, 640, 480);
+        } else {
+            expectFrame(bytes, 320, 200);
+        }
+    }
+}
+
+TEST(CIMAGETAGFrameTest, ASegmentWithoutMarkerIsPassedByItsLength) {
+    for (const uint8_t code : Bytes{0xC0, 0xC2}) {
+        Bytes none = frame(code, 640, 480);
+        none[0] = 0;
+        expectNoFrame(jpegFile({none, kTables}));
+        expectFrame(jpegFile({none, frame(code, 320, 200), kTables}), 320, 200);
+    }
+}
+
+TEST(CIMAGETAGFrameTest, TheWalkEndsSixBytesBeforeTheEnd) {
+    for (const size_t left : {5U, 6U, 7U}) {
+        Bytes bytes = jpegFile({kTables, jpegSegment(0xDB, std::string(left - 4, '.'))});
+        const size_t last = bytes.size() - left;
+        OpenTag tag;
+        EXPECT_EQ(search(tag, bytes).answer, kMore);
+        const uint8_t length = static_cast<uint8_t>(left - 2);
+        const Bytes turned = {length, 0};
+        const Bytes kept = {0, length};
+        EXPECT_EQ(Bytes({bytes[last + 2], bytes[last + 3]}), left > 6 ? turned : kept) << left;
+    }
+}
+
 }  // namespace fi::test

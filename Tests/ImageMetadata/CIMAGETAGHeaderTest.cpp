@@ -125,7 +125,9 @@ TEST(CIMAGETAGHeaderTest, HugeOffsetsBehindAHeaderNeedMoreToo) {
     for (const uint32_t offset : {0xFFFFFFF4U, 0xFFFFFFFCU, 0xFFFFFFFFU}) {
         OpenTag tag;
         const TagBytes file = TagBytes(ByteOrder::Little, kExifHeader).first(offset).length(64);
-        EXPECT_EQ(parse(tag, file).answer, kMore) << offset;
+        const Outcome outcome = parse(tag, file);
+        EXPECT_EQ(outcome.answer, kMore) << offset;
+        EXPECT_EQ(outcome.nextOffset, 0xFFFFFFFFU) << "not at the file's start";
         EXPECT_EQ(tag.counts(), Counts{});
     }
 }

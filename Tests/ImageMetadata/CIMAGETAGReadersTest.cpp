@@ -255,6 +255,7 @@ TEST(CIMAGETAGReadersTest, AFarFirstDirectoryIsFetched) {
             EXPECT_EQ(parse(tag, file.bytes(), 64).answer, kDone);
             EXPECT_EQ(tag.counts(), (Counts{2, 0, 0, 0, 1}));
             EXPECT_STREQ(tag.record(0, 1).value, "text");
+            EXPECT_EQ(tag.position().bufferStart, file.position(kFar));
         }
     }
 }
@@ -390,6 +391,53 @@ TEST(CIMAGETAGReadersTest, TruncatedFilesEndWithAReader) {
                 OpenTag byURL;
                 EXPECT_EQ(parseFile(byURL, path).answer, expected) << "size " << size;
             }
+        }
+    }
+}
+
+TEST(CIMAGETAGReadersTest, AFileByItsURLHasAReaderOfItsOwn) {
+    const TemporaryFolder folder;
+    const TagBytes file = splitFile(ByteOrder::Little, kTiffHeader, kFar, 200, kFar + 100);
+    // The rented reader's file has nothing of the photo in it.
+    Card card(Bytes(100, 'x'));
+    OpenTag tag;
+    tag.RentMemCard(&card);
+    EXPECT_EQ(parseFile(tag, folder.write("photo", file.bytes())).answer, kDone);
+    EXPECT_EQ(tag.counts(), (Counts{3, 1, 0, 0, 1}));
+    expectValues(tag);
+    EXPECT_EQ(tag.ownReader(), nullptr);
+    EXPECT_EQ(tag.reader(), &card);
+    uint32_t size = kUntouched;
+    uint32_t error = kUntouched;
+    EXPECT_EQ(card.GetMaxSizeofDataBlock(&size, &error), 1) << "it stays open";
+    EXPECT_EQ(size, 100U);
+}
+
+TEST(CIMAGETAGReadersTest, AReaderWithoutAFileIsMemoryThatIsMissing) {
+    const TagBytes file = splitFile(ByteOrder::Little, kTiffHeader, 100, 200, 300);
+    CMEMCARDFILE closed;
+    OpenTag tag;
+    tag.RentMemCard(&closed);
+    EXPECT_EQ(parse(tag, file).answer, kNoMemory);
+    EXPECT_EQ(tag.counts(), Counts{});
+}
+
+TEST(CIMAGETAGReadersTest, HugeOffsetsBehindAHeaderDoNotWrap) {
+    // Modulo 2^32 they would lead to the file's first bytes, which a reader can bring.
+    for (const uint32_t header : {kExifHeader, kJfifExifHeader}) {
+        for (uint32_t position = 0; position < header; ++position) {
+            const uint32_t offset = position - header;
+            const TagBytes file = TagBytes(ByteOrder::Big, header)
+                                      .directory(8, {shortEntry(256, 1), entryAt(282, 5, 1, offset)})
+                                      .length(200);
+            Card card(file.bytes());
+            OpenTag tag;
+            tag.RentMemCard(&card);
+            EXPECT_EQ(parse(tag, file).answer, kBadData) << header << " " << position;
+            EXPECT_EQ(tag.tags(0), (Tags{256}));
+            OpenTag first;
+            first.RentMemCard(&card);
+            EXPECT_EQ(parse(first, TagBytes(file).first(offset)).answer, kNotRecognised) << position;
         }
     }
 }

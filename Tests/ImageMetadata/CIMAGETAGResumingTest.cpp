@@ -363,4 +363,28 @@ TEST(CIMAGETAGResumingTest, TruncatedFilesAreAskedForAtMostTwiceAtAPlace) {
     }
 }
 
+TEST(CIMAGETAGResumingTest, TheBufferStartIsWhereTheDataInHandStand) {
+    OpenTag tag;
+    const TagBytes file =
+        farFile(ByteOrder::Big, kExifHeader, {shortEntry(256, 1), entryAt(282, 5, 1, kFar + 50)})
+            .numbers(kFar + 50, 4, {300, 1});
+    ASSERT_EQ(parseHead(tag, file).answer, kMore);
+    EXPECT_EQ(tag.position().bufferStart, 0U);
+    ASSERT_EQ(resumeAt(tag, file, kFar).answer, kDone);
+    EXPECT_EQ(tag.position().bufferStart, file.position(kFar));
+    // The single steps go by it.
+    const char* data = reinterpret_cast<const char*>(file.bytes().data()) + file.position(kFar);
+    const auto length = static_cast<uint32_t>(file.bytes().size() - file.position(kFar));
+    Outcome outcome;
+    tag.CloseField();
+    outcome.answer.result =
+        tag.SetTiffInfo(data, length, &outcome.nextOffset, &outcome.nextSize, &outcome.answer.error);
+    EXPECT_EQ(outcome.answer, kDone);
+    EXPECT_EQ(tag.tags(0), (Tags{256, 282}));
+    EXPECT_EQ(numbersOf(tag.record(0, 1)), (Numbers{(uint64_t{1} << 32U) | 300}));
+    // Another file's first byte is its own.
+    EXPECT_EQ(parse(tag, TagBytes(ByteOrder::Big).directory(8, {})).answer, kDone);
+    EXPECT_EQ(tag.position().bufferStart, 0U);
+}
+
 }  // namespace fi::test

@@ -447,4 +447,18 @@ TEST(CIMAGETAGValuesTest, ASingleEntryThatCannotBeReadLeavesNoValue) {
     EXPECT_EQ(record.value, nullptr);
 }
 
+TEST(CIMAGETAGValuesTest, ASingleBigEndianEntryIsTurnedOnce) {
+    OpenTag tag;
+    tag.position().bigEndian = 1;
+    const Bytes data = TagBytes(ByteOrder::Big).numbers(20, 2, {0x1234, 0x5678, 0x9ABC}).bytes();
+    IMAGETAG_INFO record;
+    const Bytes entry = fixedUp(ByteOrder::Big, bigEntry(3, 3, {0, 0, 0, 20}));
+    ASSERT_EQ(readEntry(tag, entry, data, record), kDone);
+    EXPECT_EQ(record.tag, 0x0112);
+    EXPECT_EQ(record.count, 3);
+    EXPECT_EQ(numbersOf(record), (Numbers{0x1234, 0x5678, 0x9ABC}));
+    uint32_t error = kUntouched;
+    EXPECT_EQ(tag.PushChain(&record, 0, &error), 1);
+}
+
 }  // namespace fi::test
