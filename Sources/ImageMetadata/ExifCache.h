@@ -104,7 +104,7 @@ private:
     uint64_t m_flushes = 0;
 };
 
-/// The process's own; never destroyed.
+/// The process's own; never destroyed. The first call throws std::bad_alloc without memory.
 [[nodiscard]] ExifCache& sharedExifCache();
 
 }  // namespace fi

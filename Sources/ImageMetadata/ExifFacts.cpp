@@ -9,14 +9,15 @@
 namespace fi {
 
 OSErr readExifTag(CFStringRef path, ExifInformation& info) noexcept {
-    ExifCache& cache = sharedExifCache();
+    // Null when there was no memory to make it.
+    ExifCache* const cache = guarded([] { return &sharedExifCache(); }, static_cast<ExifCache*>(nullptr));
     const ExifCache::Key key(path);
-    if (cache.find(key, info)) return kNoErr;
+    if (cache != nullptr && cache->find(key, info)) return kNoErr;
     if (!readFactsQuickly(path, info)) {
         if (path == nullptr || !itemExists(path->c_str())) return kNotFoundErr;
         readFactsPlainly(path, info);
     }
-    guarded([&] { cache.add(key, info); });
+    if (cache != nullptr) guarded([&] { cache->add(key, info); });
     return kNoErr;
 }
 

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <cstdlib>
 #include <cstring>
 #include <string>
 #include <thread>
@@ -15,6 +16,7 @@
 #include "ImageMetadata/ExifCache.h"
 #include "ImageMetadata/ExifPhotos.h"
 #include "ImageMetadata/FactReaders.h"
+#include "PlatformKit/Base/ImplicitPool.h"
 #include "PlatformKit/Data.h"
 #include "PlatformKit/Dictionary.h"
 #include "Support/FailingAllocations.h"
@@ -99,6 +101,24 @@ ExifInformation usedRecordStamped(double modificationTime) {
 
 bool same(const ExifInformation& a, const ExifInformation& b) {
     return std::memcmp(&a, &b, sizeof a) == 0;
+}
+
+/// Asks twice, the first time without memory; only the second answer can be remembered.
+bool areToldWithoutACache() {
+    const TemporaryFolder folder;
+    const Bytes photo = photoOf(TiffDirectory().shorts(0x0112, {6}), exifWithVersion());
+    const auto path = text(folder.write("photo.jpg", photo));
+    ExifInformation first{};
+    OSErr code = -1;
+    bool refused = false;
+    {
+        const FailingAllocations allocations(0);
+        code = readExifTag(path.get(), first);
+        refused = allocations.happened();
+    }
+    ExifInformation second{};
+    return refused && code == 0 && readExifTag(path.get(), second) == 0 && same(first, second) &&
+           first.orientation == 6 && sharedExifCache().copyEntries()->count() == 1;
 }
 
 ExifInformation onlyDate(const DateTimeRec& date) {
@@ -298,6 +318,8 @@ TEST_F(ExifFactsTest, OnlyAColorSpaceOfOneIsSRGB) {
     EXPECT_EQ(isSRGB(exifWithVersion().shorts(0xA001, {2})), 0);
     EXPECT_EQ(isSRGB(exifWithVersion().shorts(0xA001, {0xFFFF})), 0);
     EXPECT_EQ(isSRGB(exifWithVersion().longs(0xA001, {1})), 1);
+    EXPECT_EQ(isSRGB(exifWithVersion().longs(0xA001, {0x10001})), 1) << "16 bits of it";
+    EXPECT_EQ(isSRGB(exifWithVersion().text(0xA001, "\x01")), 0);
     EXPECT_EQ(isSRGB(exifWithVersion().bytes(0xA001, 1, {1})), 1);
 }
 
@@ -470,6 +492,47 @@ TEST_F(ExifFactsTest, WithoutMemoryFactsAreToldButNotRemembered) {
     EXPECT_EQ(kept.orientation, 6) << "the caller's";
     EXPECT_EQ(kept.width, 3000) << "the head cannot be read";
     EXPECT_EQ(remembered(), 0U);
+}
+
+TEST_F(ExifFactsTest, MemoryMayEndAtAnyPlace) {
+    const auto exif = exifWithVersion().text(0x9003, kShot).bytes(0xA002, 1, padding(300));
+    const auto photo = text(write("photo.jpg", photoOf(TiffDirectory().shorts(0x0112, {6}), exif)));
+    const auto link = text(m_folder.link("link.jpg", "photo.jpg"));
+    for (const auto& path : {photo, link}) {
+        bool refused = true;
+        for (int successes = 0; refused; ++successes) {
+            ASSERT_LT(successes, 100);
+            sharedExifCache().flush();
+            ExifInformation info{};
+            OSErr code = -1;
+            {
+                const FailingAllocations allocations(successes);
+                code = readExifTag(path.get(), info);
+                refused = allocations.happened();
+            }
+            EXPECT_EQ(code, 0) << successes;
+            EXPECT_TRUE(info.orientation == 6 || info.orientation == 0) << successes;
+            EXPECT_EQ(remembered(), refused ? 0U : 1U) << successes;
+        }
+    }
+}
+
+TEST(ExifFactsFirstTest, WithoutMemoryForACacheFactsAreToldAllTheSame) {
+    // In a process of its own, which has not asked for the cache yet.
+    EXPECT_EXIT(std::exit(areToldWithoutACache() ? 0 : 1), testing::ExitedWithCode(0), "^$");
+}
+
+TEST_F(ExifFactsTest, NothingWaitsInThePool) {
+    const auto photo = text(write("photo.jpg", photoOf({}, exifWithVersion())));
+    const auto link = text(m_folder.link("link.jpg", "photo.jpg"));
+    const AutoreleasePool pool;
+    const size_t waiting = autoreleasedObjects();
+    for (const auto& path : {photo, link}) {
+        ExifInformation info{};
+        ASSERT_EQ(readExifTag(path.get(), info), 0);
+        ASSERT_EQ(readExifTag(path.get(), info), 0);
+    }
+    EXPECT_EQ(autoreleasedObjects(), waiting);
 }
 
 TEST_F(ExifFactsTest, ThreadsThatAskForTheSamePhotosLeaveOneEntryEach) {
