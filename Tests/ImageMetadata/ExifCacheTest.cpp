@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -176,6 +177,19 @@ TEST(ExifCacheTest, ALinkCountsByItsOwnTimeAndOnlyWhileItLeadsSomewhere) {
     EXPECT_EQ(asking.widthOf(link), -1);
 }
 
+TEST(ExifCacheTest, ARecordThatACallerStampsMatches) {
+    const TemporaryFolder folder;
+    Asking asking;
+    const std::string path = folder.write("photo.jpg", "x");
+    ExifInformation info{};
+    // Here a division by 1e9 would round to another number.
+    setModified(path, 1, 144'272'509);
+    info.modificationTime = 1 + 144'272'509 * 1e-9;
+    ASSERT_TRUE(asking.add(path, info));
+    EXPECT_TRUE(asking.find(path, info));
+    EXPECT_FALSE(asking.add(path, info));
+}
+
 TEST(ExifCacheTest, PathsAreComparedByTheirBytes) {
     const TemporaryFolder folder;
     Asking asking;
@@ -324,6 +338,34 @@ TEST(ExifCacheTest, ThreadsThatAddTheSameFileLeaveOneEntry) {
         const int width = asking.widthOf(path);
         EXPECT_TRUE(width == 1 || width == 2) << width;
     }
+}
+
+TEST(ExifCacheTest, ThreadsMayFlushWhatOthersAreAskingFor) {
+    const TemporaryFolder folder;
+    Asking asking;
+    const std::string path = folder.write("photo.jpg", "");
+    const ExifInformation record = recordOf(path, 7);
+    std::atomic<bool> goesOn{true};
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 2; ++i) {
+        threads.emplace_back([&] {
+            while (goesOn) {
+                ExifInformation info{};
+                asking.add(path, record);
+                EXPECT_TRUE(!asking.find(path, info) || info.width == 7 || info.width == 9);
+                asking.replaceSize(path, {9, 9}, {});
+            }
+        });
+    }
+    for (int i = 0; i < 2000; ++i)
+        asking.cache.flush();
+    goesOn = false;
+    for (std::thread& thread : threads)
+        thread.join();
+    asking.cache.flush();
+    EXPECT_EQ(asking.entries(), 0U);
+    EXPECT_TRUE(asking.add(path, record));
+    EXPECT_EQ(asking.widthOf(path), 7);
 }
 
 TEST(ExifCacheTest, TheProcessHasOne) {

@@ -21,7 +21,7 @@ struct FileTime {
     uint32_t nanoseconds = 0;
 
     [[nodiscard]] double secondsSince1970() const {
-        return static_cast<double>(seconds) + static_cast<double>(nanoseconds) / 1e9;
+        return static_cast<double>(seconds) + static_cast<double>(nanoseconds) * 1e-9;
     }
     friend bool operator==(const FileTime&, const FileTime&) = default;
 };
