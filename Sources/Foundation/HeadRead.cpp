@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Foundation/HeadRead.h"
 
-#include <errno.h>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -27,8 +26,8 @@ HeadRead readHead(CFStringRef path, ReadLimit limit) {
     result.readSize = wanted;
 
     if (facts->isFolder) {
-        // A folder opens and then refuses to be read.
-        result.code = kMemFullErr;
+        // One that may be opened refuses to be read then.
+        if (faccessat(AT_FDCWD, path->c_str(), R_OK, AT_EACCESS) == 0) result.code = kMemFullErr;
         return result;
     }
     const auto source = openFileSource(path->c_str());

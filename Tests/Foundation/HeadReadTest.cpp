@@ -100,8 +100,11 @@ TEST(HeadReadTest, FilesThatMayNotBeOpenedAreNotFound) {
     ASSERT_EQ(chmod(folder.path().c_str(), 0755), 0);
     const std::string path = folder.write("locked.jpg", "bytes");
     ASSERT_EQ(chmod(path.c_str(), 0), 0);
+    folder.makeFolder("locked");
+    ASSERT_EQ(chmod(folder.at("locked").c_str(), 0), 0);
     const OrdinaryUser user;
     expectNothing(headOf(path), -43);
+    expectNothing(headOf(folder.at("locked")), -43);
 }
 
 TEST(HeadReadTest, TheBytesToReadAreToldEvenWhenReadingFails) {
