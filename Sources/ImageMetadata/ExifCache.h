@@ -16,7 +16,7 @@
 
 namespace fi {
 
-/// A record in a third of its size: hardly one names a maker.
+/// A record in a quarter of its size: hardly one names a maker.
 class PackedExifInformation {
 public:
     explicit PackedExifInformation(const ExifInformation& info);
