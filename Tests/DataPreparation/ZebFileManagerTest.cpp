@@ -21,6 +21,7 @@
 #include "ImageMetadata/ExifPhotos.h"
 #include "PlatformKit/Base/ImplicitPool.h"
 #include "Support/FailingAllocations.h"
+#include "Support/FailingReads.h"
 #include "Support/Privileges.h"
 #include "Support/TemporaryFolder.h"
 
@@ -186,6 +187,42 @@ TEST_F(ZebFileManagerTest, WhatCannotBeReadHasACodeAndNoData) {
     const NSData* data = before.get();
     EXPECT_EQ(m_manager->readDataHandle(nullptr, &data), -43);
     EXPECT_EQ(data, nullptr);
+}
+
+TEST_F(ZebFileManagerTest, OfAPulledCardNothingIsHandedOut) {
+    const auto path = text(m_folder.write("photo.jpg", patterned(70'000)));
+    for (const bool limit : {true, false}) {
+        const NSData* data = nullptr;
+        uint32_t size = 0;
+        const FailingReads reads(0);
+        EXPECT_EQ(m_manager->readDataHandle(path.get(), &data, &size, limit), -108);
+        EXPECT_EQ(data, nullptr);
+        EXPECT_EQ(size, limit ? 65567U : 70'000U) << "the bytes to read were known";
+    }
+}
+
+TEST_F(ZebFileManagerTest, OfAPulledCardFactsAreWhatTheCallerPassedIn) {
+    // Read in two steps by the quick way; either may fail, and then the plain way does.
+    const auto main = TiffDirectory().bytes(0x0100, kTagUndefinedType, padding(20'000)).shorts(0x0112, {3});
+    const auto exif = exifWithVersion().text(0x9003, "2019:05:06 10:11:12");
+    const std::string name = m_folder.write("photo.jpg", photoOf(main, exif));
+    setModified(name, kModified);
+    for (const int successes : {0, 1}) {
+        m_manager->flushExifCache();
+        ExifInformation info{};
+        info.orientation = 6;
+        info.width = 4000;
+        {
+            const FailingReads reads(successes);
+            EXPECT_EQ(m_manager->readExifTag(text(name).get(), &info), 0);
+        }
+        EXPECT_EQ(info.orientation, 6) << successes;
+        EXPECT_EQ(info.width, 0) << successes;
+        EXPECT_EQ(info.height, 4000) << successes;
+        EXPECT_EQ(info.date, DateTimeRec{}) << successes;
+        EXPECT_EQ(info.modificationTime, kModified) << successes;
+        EXPECT_EQ(remembered(), 1U) << successes;
+    }
 }
 
 TEST_F(ZebFileManagerTest, AFileOf4GiBIsAnEmptyOne) {
