@@ -45,9 +45,34 @@ constexpr Relation relationOf(uint16_t tag) {
     }
 }
 
+constexpr uint64_t kPointerBits =
+    TagFilter::bitOf(kExifPointer) | TagFilter::bitOf(kGPSPointer) | TagFilter::bitOf(kInteropPointer);
+
 constexpr bool isKeptOfInterop(uint16_t tag) {
     return tag == 1 || tag == 2 || (tag >= 0x1000 && tag <= 0x1002);
 }
+
+/// The test that every tag must pass, with all that it needs at hand.
+struct ValueTest {
+    uint64_t header;  ///< position of the header in the file
+    uint64_t start;   ///< of the data in hand
+    uint64_t length;
+
+    /// True when the value lies in the data, or in its entry, and takes no more than `bytesLeft`, which it
+    /// is taken off. False says nothing.
+    [[nodiscard]] bool passes(const TagEntry& entry, uint64_t& bytesLeft) const {
+        const uint64_t size = uint64_t{entry.count & 0x7FFFU} * unitSizeOfType(entry.type);
+        const bool fractions = entry.type == kTagRational || entry.type == kTagSRational;
+        if ((entry.count & 0x8000U) != 0 || unitSizeOfType(entry.type) == 0 || size > bytesLeft)
+            return false;
+        if (size > sizeof(entry.value) || fractions) {
+            const uint64_t position = header + entry.value;
+            if (position < start || position - start + size > length) return false;
+        }
+        bytesLeft -= size;
+        return true;
+    }
+};
 
 class Walk {
 public:
@@ -69,7 +94,7 @@ private:
     uint32_t subDirectories();
     uint32_t subDirectory(uint32_t slot, uint64_t offset);
     uint32_t takeEntries(uint32_t slot, uint64_t offset, uint32_t entries);
-    uint32_t takeEntry(uint32_t slot, const TagEntry& entry);
+    uint32_t takeEntry(uint32_t slot, TagEntry entry);
     bool rememberPointer(uint32_t slot, const TagEntry& entry);
     uint32_t stopForMore();
     uint32_t needMore(uint32_t mainIFD) {
@@ -148,17 +173,29 @@ uint32_t Walk::subDirectory(uint32_t slot, uint64_t offset) {
     return entries ? takeEntries(slot, offset + kCountSize, *entries) : needMore(main);
 }
 
+/// Most tags are none that anybody wants: these are tested on the spot. All others, and those that fail,
+/// go the long way.
 uint32_t Walk::takeEntries(uint32_t slot, uint64_t offset, uint32_t entries) {
+    const bool isInterop = slot % kSlotsOfMainIFD == kInterop;
+    const uint64_t ofInterest = isInterop ? UINT64_MAX : m_filter.bitsOf(slot) | kPointerBits;
+    const ValueTest test{m_position.headerPosition, m_data.start(), m_data.length()};
+    const bool bigEndian = m_bigEndian;
+    uint64_t bytesLeft = m_valueBytesLeft;
     for (; entries > 0; --entries, offset += kTagEntrySize) {
         const uint8_t* bytes = m_data.at(offset, kTagEntrySize);
-        if (bytes == nullptr) return kTagNoError;
-        const uint32_t code = takeEntry(slot, readEntry(bytes, m_bigEndian));
+        if (bytes == nullptr) break;
+        const TagEntry entry = readEntry(bytes, bigEndian);
+        if ((ofInterest & TagFilter::bitOf(entry.tag)) == 0 && test.passes(entry, bytesLeft)) continue;
+        m_valueBytesLeft = bytesLeft;
+        const uint32_t code = takeEntry(slot, entry);
         if (code != kTagNoError) return code;
+        bytesLeft = m_valueBytesLeft;
     }
+    m_valueBytesLeft = bytesLeft;
     return kTagNoError;
 }
 
-uint32_t Walk::takeEntry(uint32_t slot, const TagEntry& entry) {
+uint32_t Walk::takeEntry(uint32_t slot, TagEntry entry) {
     // What is not kept is not looked at either: its type may be none.
     if (slot % kSlotsOfMainIFD == kInterop && !isKeptOfInterop(entry.tag)) return kTagNoError;
     if (rememberPointer(slot, entry)) return kTagNoError;
@@ -168,8 +205,7 @@ uint32_t Walk::takeEntry(uint32_t slot, const TagEntry& entry) {
     if (found.size() > m_valueBytesLeft) return kTagNoMemory;
     m_valueBytesLeft -= found.size();
     if (!m_filter.lets(slot, entry.tag)) return kTagNoError;
-    // A copy, so that of the tags that nobody wants all stays in registers.
-    return m_sink.take(static_cast<uint16_t>(slot), FoundTag(found));
+    return m_sink.take(static_cast<uint16_t>(slot), found);
 }
 
 /// Pointers are followed later, the last one of a kind. A main directory may hold all three, an Exif

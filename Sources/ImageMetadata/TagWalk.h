@@ -36,10 +36,11 @@ public:
     [[nodiscard]] constexpr bool lets(uint32_t slot, uint16_t tag) const {
         return (m_tags[slot] & bitOf(tag)) != 0;
     }
+    /// The bits of all tags that it lets through.
+    [[nodiscard]] constexpr uint64_t bitsOf(uint32_t slot) const { return m_tags[slot]; }
+    [[nodiscard]] static constexpr uint64_t bitOf(uint16_t tag) { return uint64_t{1} << (tag % 64U); }
 
 private:
-    static constexpr uint64_t bitOf(uint16_t tag) { return uint64_t{1} << (tag % 64U); }
-
     uint64_t m_tags[8] = {};  ///< for each slot, a bit for tags with the same remainder
 };
 inline constexpr TagFilter kEveryTag;
