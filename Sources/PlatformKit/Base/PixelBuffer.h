@@ -13,12 +13,28 @@
 namespace fi {
 
 enum class PixelLayout : uint8_t {
+    Gray1,   ///< eight pixels a byte, the first in the highest bit; a set bit is white
     Gray8,   ///< one byte a pixel
+    Gray16,  ///< one word of the host's order a pixel
     RGBX32,  ///< R, G, B and a byte without meaning (255)
+    RGBA32,  ///< R, G, B, multiplied by alpha, and alpha
+    ARGB32,  ///< alpha, and R, G, B, multiplied by it
+    RGBX64,  ///< R, G, B and a word without meaning (65535), of the host's order
 };
 
+[[nodiscard]] constexpr uint32_t bitsPerPixel(PixelLayout layout) {
+    constexpr uint32_t kBits[] = {1, 8, 16, 32, 32, 32, 64};
+    return kBits[static_cast<uint8_t>(layout)];
+}
+
+/// Of a layout of whole bytes; 0 for Gray1.
 [[nodiscard]] constexpr uint32_t bytesPerPixel(PixelLayout layout) {
-    return layout == PixelLayout::Gray8 ? 1 : 4;
+    return bitsPerPixel(layout) / 8;
+}
+
+/// Bytes that the pixels of a row fill.
+[[nodiscard]] constexpr uint64_t bytesOfRow(uint32_t width, PixelLayout layout) {
+    return (uint64_t{width} * bitsPerPixel(layout) + 7) / 8;
 }
 
 /// An owned picture: rows from the top, 64-byte aligned, each row's stride a multiple of 64 bytes.
@@ -29,7 +45,7 @@ public:
     /// Zero-filled memory for the picture, or nullopt when the size overflows or memory is short.
     [[nodiscard]] static std::optional<PixelBuffer> create(uint32_t width, uint32_t height,
                                                            PixelLayout layout) {
-        const auto rowBytes = checkedRoundUp(uint64_t{width} * bytesPerPixel(layout), 64);
+        const auto rowBytes = checkedRoundUp(bytesOfRow(width, layout), 64);
         if (!rowBytes) return std::nullopt;
         const auto total = checkedMultiply<uint64_t>(*rowBytes, height);
         if (!total || *total > SIZE_MAX / 2) return std::nullopt;

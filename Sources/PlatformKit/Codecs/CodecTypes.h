@@ -64,6 +64,7 @@ struct SizeFloor {
 struct DecodedPicture {
     PixelBuffer pixels;    ///< at least the wanted size, at most the stored one
     bool damaged = false;  ///< some rows could not be read; they are what the decoder made of them
+    bool partial = false;  ///< parts that are no pixels (lines, texts) were left out
 };
 
 }  // namespace fi

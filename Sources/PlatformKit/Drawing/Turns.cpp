@@ -132,9 +132,19 @@ std::optional<PixelBuffer> turned(const PixelBuffer& picture, Turn turn) {
         case PixelLayout::Gray8:
             turnInto<uint8_t>(picture, *result, turn);
             break;
+        case PixelLayout::Gray16:
+            turnInto<uint16_t>(picture, *result, turn);
+            break;
         case PixelLayout::RGBX32:
+        case PixelLayout::RGBA32:
+        case PixelLayout::ARGB32:
             turnInto<uint32_t>(picture, *result, turn);
             break;
+        case PixelLayout::RGBX64:
+            turnInto<uint64_t>(picture, *result, turn);
+            break;
+        case PixelLayout::Gray1:
+            return std::nullopt;
     }
     return result;
 }

@@ -29,7 +29,7 @@ enum class Turn : uint8_t {
     return turn >= Turn::Transpose;
 }
 
-/// A turned copy; nullopt when memory is short.
+/// A turned copy; nullopt when memory is short, and for pixels that share a byte.
 [[nodiscard]] std::optional<PixelBuffer> turned(const PixelBuffer& picture, Turn turn);
 
 }  // namespace fi

@@ -3,6 +3,7 @@
 
 #include <utility>
 
+#include "PlatformKit/Drawing/PlainPixels.h"
 #include "PlatformKit/Imaging/Failures.h"
 
 namespace fi {
@@ -89,14 +90,17 @@ CodecResult<ReadPicture> ImageReader::decode(uint32_t index, SizeFloor floor) {
     auto decoded = m_format.decode(*m_source, index, floor);
     if (m_source->failed() && (!decoded || decoded->damaged)) return Failure{readFailure()};
     if (!decoded) return decoded.failure();
+    auto pixels = plainPixels(std::move(decoded->pixels));
+    if (!pixels)
+        return Failure{CodecFailure{CodecError::NoMemory, "There is not enough memory for the picture."}};
     ReadPicture picture;
     picture.traits.colorSpace =
-        decoded->pixels.layout() == PixelLayout::Gray8 ? CGColorSpace::DeviceGray : CGColorSpace::DeviceRGB;
+        pixels->layout() == PixelLayout::Gray8 ? CGColorSpace::DeviceGray : CGColorSpace::DeviceRGB;
     picture.traits.density = sizeOf(facts->density);
     picture.traits.tiffCompression = facts->tiffCompression;
     picture.traits.iccProfile = profileData(facts->iccProfile);
     picture.traits.damaged = decoded->damaged;
-    picture.pixels = std::move(decoded->pixels);
+    picture.pixels = std::move(*pixels);
     return picture;
 }
 
