@@ -13,4 +13,5 @@
 #include "FileImporter/FileTypeCodes.h"
 #include "FileImporter/Records.h"
 #include "FileImporter/ResultCodes.h"
+#include "FileImporter/Trimming.h"
 #include "FileImporter/ZebFileManager.h"
