@@ -63,13 +63,13 @@ std::optional<std::string> obstacleTo(const std::string& path, const std::vector
     return std::nullopt;
 }
 
-std::optional<std::string> writePicture(const CGImage& picture, const std::string& path) {
+std::optional<PhotoError> writePicture(const CGImage& picture, const std::string& path) {
     ImageWriteOptions options;
     options.quality = kQuality;
     ImageFailure failure;
     if (writeImage(picture, CFURL::createFromPath(path).get(), writableType(path), options, &failure))
         return std::nullopt;
-    return photoError(failure).text;
+    return photoError(failure);
 }
 
 }  // namespace fi

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "PhotoFacts.h"
 #include "PlatformKit/CGImage.h"
 #include "PlatformKit/String.h"
 
@@ -29,6 +30,6 @@ inline constexpr const char* kWritableExtensions = ".jpg, .jpeg, .tif or .tiff";
 
 /// Writes the picture under another name and renames it at the end. What went wrong; nothing when it is
 /// there.
-[[nodiscard]] std::optional<std::string> writePicture(const CGImage& picture, const std::string& path);
+[[nodiscard]] std::optional<PhotoError> writePicture(const CGImage& picture, const std::string& path);
 
 }  // namespace fi

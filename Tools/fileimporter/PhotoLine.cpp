@@ -51,9 +51,13 @@ std::string pixelWords(const PhotoFacts& facts) {
     return fmt::format("{} x {}", *facts.width, *facts.height);
 }
 
+void addPathAs(Json& object, const std::string& key, const std::string& path) {
+    object[key] = asUtf8(path);
+    if (!isUtf8(path)) object[key + "Bytes"] = base64(path);
+}
+
 void addFacts(Json& object, const PhotoFacts& facts) {
-    object["path"] = asUtf8(facts.path);
-    if (!isUtf8(facts.path)) object["pathBytes"] = base64(facts.path);
+    addPathAs(object, "path", facts.path);
     object["name"] = asUtf8(fileName(facts.path));
     object["type"] = photoType(facts.path);
     object["bytes"] = orNull(facts.bytes);
@@ -65,8 +69,8 @@ void addFacts(Json& object, const PhotoFacts& facts) {
     object["exif"] = orNull(facts.exif);
 }
 
-void addError(Json& object, const PhotoFacts& facts) {
-    if (facts.error) object["error"] = {{"code", facts.error->code}, {"text", asUtf8(facts.error->text)}};
+void addError(Json& object, const std::optional<PhotoError>& error) {
+    if (error) object["error"] = {{"code", error->code}, {"text", asUtf8(error->text)}};
 }
 
 }  // namespace
@@ -83,7 +87,7 @@ std::string jsonLine(const PhotoFacts& facts, std::optional<size_t> index) {
     Json object;
     if (index) object["index"] = *index;
     addFacts(object, facts);
-    addError(object, facts);
+    addError(object, facts.error);
     return object.dump();
 }
 
@@ -92,7 +96,17 @@ std::string jsonLineWithTags(const PhotoFacts& facts, const std::optional<PhotoT
     addFacts(object, facts);
     object["tags"] = tags ? tagsJson(*tags) : Json(nullptr);
     object["tagsIncomplete"] = tags ? Json(tags->incomplete) : Json(nullptr);
-    addError(object, facts);
+    addError(object, facts.error);
+    return object.dump();
+}
+
+std::string jsonLine(const PhotoResult& result) {
+    Json object;
+    addPathAs(object, "path", result.path);
+    addPathAs(object, "output", result.output);
+    object["width"] = orNull(result.width);
+    object["height"] = orNull(result.height);
+    addError(object, result.writeError ? result.writeError : result.readError);
     return object.dump();
 }
 

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "PhotoFacts.h"
+#include "PhotoResult.h"
 #include "PhotoTags.h"
 
 namespace fi {
@@ -22,6 +23,9 @@ namespace fi {
 
 /// The same of a single file, with its tags; null where they could not be had.
 [[nodiscard]] std::string jsonLineWithTags(const PhotoFacts& facts, const std::optional<PhotoTags>& tags);
+
+/// One JSON object of a photo that was to be made into a file.
+[[nodiscard]] std::string jsonLine(const PhotoResult& result);
 
 /// Several lines, the first one the path.
 [[nodiscard]] std::string factsParagraph(const PhotoFacts& facts);

@@ -97,4 +97,8 @@ PhotoError readError(const std::string& path, const ImageFailure& failure) {
     return photoError(failure);
 }
 
+PhotoError incompleteError() {
+    return {kUnreadableImageErr, "a part of the picture is missing"};
+}
+
 }  // namespace fi

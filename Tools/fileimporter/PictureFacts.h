@@ -25,4 +25,7 @@ void addPictureFacts(PhotoFacts& facts, const CFDictionary& properties);
 /// The same for a file that was to be read; of one that could not be opened it tells why.
 [[nodiscard]] PhotoError readError(const std::string& path, const ImageFailure& failure);
 
+/// What is told of a picture of which only a part could be read, and that is shown all the same.
+[[nodiscard]] PhotoError incompleteError();
+
 }  // namespace fi

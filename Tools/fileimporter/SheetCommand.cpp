@@ -100,7 +100,7 @@ ExitStatus SheetCommand::makeSheet(const std::vector<std::string>& photos, Conso
     page.reset();
     if (!picture) throw std::bad_alloc();
     if (const auto problem = writePicture(*picture, m_out)) {
-        console.complain(m_out, *problem);
+        console.complain(m_out, problem->text);
         return ExitStatus::SomeFailed;
     }
     return failed > 0 ? ExitStatus::SomeFailed : ExitStatus::AllDone;

@@ -66,7 +66,7 @@ std::optional<PhotoError> SheetPainter::paintPicture(size_t index, const PhotoFa
         return paintFailure(index, name, readError(facts.path, failure), shortReason(failure.code));
     if (picture->isDamaged()) {
         m_page.drawDamagedPhoto(index, *picture, name, "incomplete");
-        return PhotoError{kUnreadableImageErr, "a part of the picture is missing"};
+        return incompleteError();
     }
     m_page.drawPhoto(index, *picture, name, dateCaption(facts));
     return std::nullopt;

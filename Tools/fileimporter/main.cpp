@@ -19,6 +19,7 @@
 #include "Console.h"
 #include "InfoCommand.h"
 #include "ListCommand.h"
+#include "PhotoCommand.h"
 #include "SampleCardCommand.h"
 #include "SheetCommand.h"
 #include "Signals.h"
@@ -41,6 +42,7 @@ Commands makeCommands(CLI::App& tool) {
     commands.push_back(std::make_unique<ListCommand>(tool));
     commands.push_back(std::make_unique<InfoCommand>(tool));
     commands.push_back(std::make_unique<SheetCommand>(tool));
+    commands.push_back(std::make_unique<PhotoCommand>(tool));
     commands.push_back(std::make_unique<SampleCardCommand>(tool));
     return commands;
 }
