@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 // fileimporter photo, from its command line to its exit status.
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <filesystem>
 #include <nlohmann/json.hpp>
@@ -388,6 +388,20 @@ TEST_F(Photo, AStopLeavesNoFile) {
         EXPECT_EQ(result.out + result.err, "");
         EXPECT_EQ(written(), std::vector<std::string>{});
     }
+}
+
+TEST_F(Photo, AStopWhileItIsWrittenLeavesNoPartOfIt) {
+    const std::string file = m_folder.write("large.jpg", jpegOf(testPicture(6000, 6000)));
+    ToolRun run({"photo", file, "-o", out("a.jpg")});
+    for (int i = 0; i < 10000 && written().empty(); ++i)
+        usleep(1000);
+    EXPECT_NE(written(), std::vector<std::string>{"a.jpg"}) << "it was there before the signal";
+    kill(run.process(), SIGTERM);
+    EXPECT_EQ(run.finish().signal, SIGTERM);
+    EXPECT_EQ(written(), std::vector<std::string>{"a.jpg"});
+    const auto picture = pictureAt(out("a.jpg"));
+    ASSERT_TRUE(picture);
+    EXPECT_FALSE(picture->isDamaged());
 }
 
 }  // namespace
