@@ -12,6 +12,7 @@
 #include <sstream>
 
 #include "PlatformKit/Codecs/BmpReader.h"
+#include "PlatformKit/Codecs/CodecPictures.h"
 #include "Support/Corpus.h"
 #include "Support/TemporaryFolder.h"
 
@@ -150,6 +151,53 @@ TEST(BmpCollection, PixelsAreThoseOfTheReferenceOrTheDifferenceIsListed) {
     }
     for (const auto& [name, outcome] : listed)
         ADD_FAILURE() << name << " is listed, but not in the collection";
+}
+
+bool arePixelsAlike(const PixelBuffer& a, const PixelBuffer& b) {
+    return a.width() == b.width() && a.height() == b.height() && a.layout() == b.layout() &&
+           meanDifference(a, b) == 0;
+}
+
+/// The suite stores the same pictures in many ways. Not all of them does the reference read, or read well.
+TEST(BmpCollection, OnePictureStoredInManyWaysIsAlwaysTheSame) {
+    if (!corpusFolder()) GTEST_SKIP() << kMissing;
+    const std::vector<std::vector<std::string>> families = {
+        {"bmp/mei_pal8",           "bmp/mei_pal8-0",           "bmp/mei_pal8offs",
+         "bmp/mei_pal8os2",        "bmp/mei_pal8os2-hs",       "bmp/mei_pal8os2-sz",
+         "bmp/mei_pal8os2sp",      "bmp/mei_pal8os2v2",        "bmp/mei_pal8os2v2-16",
+         "bmp/mei_pal8os2v2-40sz", "bmp/mei_pal8os2v2-sz",     "bmp/mei_pal8oversizepal",
+         "bmp/mei_pal8rle",        "bmp/mei_pal8topdown",      "bmp/mei_pal8v4",
+         "bmp/mei_pal8v5",         "bmp-bad/mei_ba-bm",        "bmp-bad/mei_badpalettesize",
+         "bmp-bad/mei_rletopdown", "bmp-bad/pillow_mmap_error"},
+        {"bmp/mei_pal4", "bmp/mei_pal4rle"},
+        {"bmp/mei_rgb24", "bmp/mei_rgb24pal", "bmp/mei_rgb24largepal", "bmp/mei_rgb24lprof",
+         "bmp/mei_rgb24prof", "bmp/mei_rgb32", "bmp/mei_rgb32-xbgr", "bmp/mei_rgb32bf",
+         "bmp/mei_rgb32bfdef", "bmp/mei_rgb32fakealpha", "bmp/mei_rgb32h52"},
+        {"bmp/mei_rgb16", "bmp/mei_rgb16bfdef", "bmp/mei_rgb16faketrns"},
+        {"bmp/mei_rgb16-565", "bmp/mei_rgb16-565pal"},
+        {"bmp/mei_rgba32", "bmp/mei_rgba32abf", "bmp/mei_rgba32h56"}};
+    for (const auto& family : families) {
+        const auto first = decodeAt(*corpusFolder() + "/" + family.front() + ".bmp");
+        ASSERT_TRUE(first) << family.front();
+        for (const std::string& name : family) {
+            const auto picture = decodeAt(*corpusFolder() + "/" + name + ".bmp");
+            ASSERT_TRUE(picture) << name << ": " << picture.reason().text;
+            EXPECT_TRUE(arePixelsAlike(picture->pixels, first->pixels)) << name;
+        }
+    }
+    // One bit: whatever is wrong in the headers, the pixels are those of the sound file.
+    const auto sound = decodeAt(*corpusFolder() + "/bmp/mei_pal1.bmp");
+    ASSERT_TRUE(sound);
+    for (const char* name :
+         {"bmp/mei_pal1wb", "bmp-bad/mei_badbitssize", "bmp-bad/mei_baddens1", "bmp-bad/mei_baddens2",
+          "bmp-bad/mei_badfilesize", "bmp-bad/mei_badheadersize"}) {
+        const auto picture = decodeAt(*corpusFolder() + "/" + name + ".bmp");
+        ASSERT_TRUE(picture) << name;
+        ASSERT_EQ(picture->pixels.layout(), PixelLayout::Gray1) << name;
+        for (uint32_t y = 0; y < 64; ++y)
+            EXPECT_TRUE(
+                std::equal(picture->pixels.row(y), picture->pixels.row(y) + 16, sound->pixels.row(y)));
+    }
 }
 
 TEST(BmpCollection, EveryGoodFileOfTheSuiteDecodesWhole) {
