@@ -12,12 +12,12 @@ namespace {
 
 /// How many times both sides can be divided without falling below the floor.
 uint32_t reduction(const BandedPicture::Shape& shape, SizeFloor floor) {
-    if (floor.width == 0 || floor.height == 0) return 1;
+    if (floor.width == 0 || floor.height == 0 || shape.layout == PixelLayout::Gray1) return 1;
     return std::max(std::min(shape.width / floor.width, shape.height / floor.height), 1U);
 }
 
 std::optional<uint64_t> bytesOf(uint32_t width, uint32_t height, PixelLayout layout) {
-    const auto rowBytes = checkedRoundUp(uint64_t{width} * bytesPerPixel(layout), 64);
+    const auto rowBytes = checkedRoundUp(bytesOfRow(width, layout), 64);
     return rowBytes ? checkedMultiply<uint64_t>(*rowBytes, height) : std::nullopt;
 }
 

@@ -30,7 +30,8 @@ public:
     [[nodiscard]] static std::optional<uint64_t> bytesNeeded(const Shape& shape, SizeFloor floor);
 
     /// The result is the picture in full, or reduced by the largest whole factor that leaves both sides at
-    /// the floor or above. Nullopt without memory.
+    /// the floor or above. Gray1 is kept in full: it has no
+    /// means. Nullopt without memory.
     [[nodiscard]] static std::optional<BandedPicture> create(const Shape& shape, SizeFloor floor);
 
     /// The next band from the top, at most `bandRows` rows; the last one has fewer when fewer are left.

@@ -10,7 +10,8 @@
 namespace fi {
 
 /// Each pixel of the result is the exact mean, rounded once, of the block of pixels that it covers. Blocks
-/// lie side by side over the whole picture; their sides differ by at most one pixel.
+/// lie side by side over the whole picture; their sides differ by at most one pixel. Of RGBX32 and RGBX64
+/// the byte or word without meaning is set in full. Gray1 has no means.
 class BlockMean {
 public:
     /// For a picture of `width` x `height` pixels that becomes `result`, whose sides are neither zero nor
@@ -25,9 +26,9 @@ public:
     [[nodiscard]] PixelBuffer takeResult() { return std::move(m_result); }
 
 private:
-    template <uint32_t kPixelBytes, uint32_t kColors>
+    template <typename Kind>
     void addRow(const uint8_t* row);
-    template <uint32_t kPixelBytes, uint32_t kColors>
+    template <typename Kind>
     void putRow();
     [[nodiscard]] uint32_t rowBehind(uint32_t resultRow) const;
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Middle gray, opaque.
+// Middle gray, opaque, and white where there is no gray.
 #include "PlatformKit/Codecs/UnreadRows.h"
 
 #include <cstring>
@@ -7,17 +7,22 @@
 namespace fi {
 
 namespace {
-constexpr uint8_t kUnreadLevel = 128;
-}
+constexpr uint8_t kUnreadLevel = 128;  // of a word, in both of its bytes
+constexpr uint8_t kWhiteBits = 0xFF;
+}  // namespace
 
 void markUnread(PixelBuffer& pixels, uint32_t first, uint32_t count) {
-    const size_t bytes = size_t{pixels.width()} * bytesPerPixel(pixels.layout());
+    const PixelLayout layout = pixels.layout();
+    const auto bytes = static_cast<size_t>(bytesOfRow(pixels.width(), layout));
+    const size_t pixelBytes = bytesPerPixel(layout);
+    // What is opaque in a pixel of four samples; ARGB32 has it in front.
+    const size_t sampleBytes = pixelBytes / 4;
+    const size_t opaque = layout == PixelLayout::ARGB32 ? 0 : 3 * sampleBytes;
     for (uint32_t y = first; y < first + count; ++y) {
         uint8_t* row = pixels.row(y);
-        std::memset(row, kUnreadLevel, bytes);
-        if (pixels.layout() == PixelLayout::Gray8) continue;
-        for (size_t i = 3; i < bytes; i += 4)
-            row[i] = 255;
+        std::memset(row, layout == PixelLayout::Gray1 ? kWhiteBits : kUnreadLevel, bytes);
+        for (size_t i = opaque; sampleBytes > 0 && i < bytes; i += pixelBytes)
+            std::memset(row + i, 255, sampleBytes);
     }
 }
 

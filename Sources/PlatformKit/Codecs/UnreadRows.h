@@ -6,7 +6,7 @@
 
 namespace fi {
 
-/// Paints `count` rows from `first` in middle gray, as libjpeg does where a file is cut.
+/// Paints `count` rows from `first` in middle gray, as libjpeg does where a file is cut; Gray1 in white.
 void markUnread(PixelBuffer& pixels, uint32_t first, uint32_t count);
 
 /// True when every pixel is like the first.

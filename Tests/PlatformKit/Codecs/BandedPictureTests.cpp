@@ -12,6 +12,28 @@ namespace fi::test {
 
 namespace {
 
+constexpr PixelLayout kLayouts[] = {PixelLayout::Gray8,  PixelLayout::Gray16, PixelLayout::RGBX32,
+                                    PixelLayout::RGBA32, PixelLayout::ARGB32, PixelLayout::RGBX64};
+
+bool hasNoMeaning(PixelLayout layout, size_t byte) {
+    if (layout == PixelLayout::RGBX64) return byte % 8 >= 6;
+    return layout == PixelLayout::RGBX32 && byte % 4 == 3;
+}
+
+/// Wild bytes; those without meaning are set in full.
+PixelBuffer makeNoise(uint32_t width, uint32_t height, PixelLayout layout) {
+    auto picture = PixelBuffer::create(width, height, layout);
+    if (!picture) throw std::bad_alloc();
+    const auto bytes = static_cast<size_t>(bytesOfRow(width, layout));
+    for (uint32_t y = 0; y < height; ++y) {
+        for (size_t i = 0; i < bytes; ++i) {
+            const auto noise = static_cast<uint8_t>((i * 7919 + y * 104'729) * 2'654'435'761U >> 24);
+            picture->row(y)[i] = hasNoMeaning(layout, i) ? 255 : noise;
+        }
+    }
+    return std::move(*picture);
+}
+
 PixelBuffer throughBands(const PixelBuffer& picture, uint32_t bandRows, SizeFloor floor) {
     auto banded =
         BandedPicture::create({picture.width(), picture.height(), picture.layout(), bandRows}, floor);
@@ -20,7 +42,7 @@ PixelBuffer throughBands(const PixelBuffer& picture, uint32_t bandRows, SizeFloo
         const BandedPicture::Band band = banded->begin();
         EXPECT_GT(band.rows, 0U);
         EXPECT_LE(band.rows, bandRows);
-        const size_t bytes = size_t{picture.width()} * bytesPerPixel(picture.layout());
+        const auto bytes = static_cast<size_t>(bytesOfRow(picture.width(), picture.layout()));
         for (uint32_t i = 0; i < band.rows; ++i)
             std::memcpy(band.row(i), picture.row(top + i), bytes);
         banded->finish(band);
@@ -57,8 +79,8 @@ TEST(BandedPicture, TheResultIsTheSmallestByAWholeFactorThatReachesTheFloor) {
 }
 
 TEST(BandedPicture, EveryPixelIsTheExactMeanOfThoseThatItCovers) {
-    for (const PixelLayout layout : {PixelLayout::Gray8, PixelLayout::RGBX32}) {
-        const PixelBuffer picture = makePicture(101, 67, layout);
+    for (const PixelLayout layout : kLayouts) {
+        const PixelBuffer picture = makeNoise(101, 67, layout);
         for (const SizeFloor floor :
              {SizeFloor{50, 33}, SizeFloor{10, 10}, SizeFloor{7, 3}, SizeFloor{1, 1}}) {
             for (const uint32_t bandRows : {1U, 10U, 67U}) {
@@ -66,6 +88,18 @@ TEST(BandedPicture, EveryPixelIsTheExactMeanOfThoseThatItCovers) {
                 EXPECT_TRUE(isBlockMeanOf(small, picture)) << floor.width << " " << bandRows;
             }
         }
+    }
+}
+
+TEST(BandedPicture, BlackAndWhiteIsKeptInFull) {
+    const PixelBuffer picture = makeNoise(101, 67, PixelLayout::Gray1);
+    for (const SizeFloor floor : {SizeFloor{}, SizeFloor{1, 1}}) {
+        const PixelBuffer kept = throughBands(picture, 10, floor);
+        ASSERT_EQ(kept.width(), 101U);
+        ASSERT_EQ(kept.height(), 67U);
+        for (uint32_t y = 0; y < 67; ++y)
+            EXPECT_EQ(std::memcmp(kept.row(y), picture.row(y), 13), 0) << y;
+        EXPECT_EQ(BandedPicture::bytesNeeded({101, 67, PixelLayout::Gray1, 10}, floor), 64U * 67);
     }
 }
 

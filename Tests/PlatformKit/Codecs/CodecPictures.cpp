@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <random>
 
 #include "PlatformKit/Codecs/JpegWriter.h"
@@ -54,17 +55,31 @@ double meanDifference(const PixelBuffer& a, const PixelBuffer& b) {
 
 namespace {
 
+/// Sample `index` of a row, which are words in the layouts of 16 bits.
+uint32_t sampleAt(const PixelBuffer& pixels, uint32_t y, size_t index) {
+    const bool words = pixels.layout() == PixelLayout::Gray16 || pixels.layout() == PixelLayout::RGBX64;
+    if (!words) return pixels.row(y)[index];
+    uint16_t word = 0;
+    std::memcpy(&word, pixels.row(y) + 2 * index, 2);
+    return word;
+}
+
+/// Samples of a pixel.
+uint32_t samplesIn(PixelLayout layout) {
+    return layout == PixelLayout::Gray8 || layout == PixelLayout::Gray16 ? 1 : 4;
+}
+
 /// The mean of one color over the block of `large` that pixel `x`, `y` of `small` stands for.
 uint32_t blockMean(const PixelBuffer& small, const PixelBuffer& large, uint32_t x, uint32_t y,
                    uint32_t color) {
-    const uint32_t bytes = bytesPerPixel(large.layout());
+    const uint32_t samples = samplesIn(large.layout());
     uint64_t sum = 0;
     uint64_t count = 0;
     for (uint32_t row = y * large.height() / small.height();
          row < (y + 1) * large.height() / small.height(); ++row) {
         for (uint32_t column = x * large.width() / small.width();
              column < (x + 1) * large.width() / small.width(); ++column) {
-            sum += large.row(row)[size_t{column} * bytes + color];
+            sum += sampleAt(large, row, size_t{column} * samples + color);
             ++count;
         }
     }
@@ -75,11 +90,11 @@ uint32_t blockMean(const PixelBuffer& small, const PixelBuffer& large, uint32_t 
 
 bool isBlockMeanOf(const PixelBuffer& small, const PixelBuffer& large) {
     if (small.layout() != large.layout()) return false;
-    const uint32_t bytes = bytesPerPixel(small.layout());
+    const uint32_t samples = samplesIn(small.layout());
     for (uint32_t y = 0; y < small.height(); ++y) {
         for (uint32_t x = 0; x < small.width(); ++x) {
-            for (uint32_t color = 0; color < bytes; ++color) {
-                if (small.row(y)[size_t{x} * bytes + color] != blockMean(small, large, x, y, color))
+            for (uint32_t color = 0; color < samples; ++color) {
+                if (sampleAt(small, y, size_t{x} * samples + color) != blockMean(small, large, x, y, color))
                     return false;
             }
         }
