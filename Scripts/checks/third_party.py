@@ -12,7 +12,8 @@ KIT = "Sources/PlatformKit"
 ROOMS = [
     (r"(jpeglib|jerror|jconfig|jmorecfg|turbojpeg)\.h", [f"{KIT}/Codecs/Jpeg"]),
     (r"(tiffio|tiff|tiffconf)\.h", [f"{KIT}/Codecs/Tiff"]),
-    (r"png\.h", [f"{KIT}/Codecs/Png"]),
+    (r"(png|pngconf)\.h", [f"{KIT}/Codecs/Png"]),
+    (r"zlib\.h", [f"{KIT}/Codecs/Png"]),
     (r"zimg.*", [f"{KIT}/Drawing/Scaling"]),
     (r"pixman.*", [f"{KIT}/Drawing/"]),
     (r"lcms2.*", [f"{KIT}/Drawing/Colour"]),

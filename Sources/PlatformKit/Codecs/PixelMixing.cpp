@@ -28,4 +28,12 @@ void layOnWhite(uint8_t* row, uint32_t pixels) {
     }
 }
 
+void multiplyWithAlpha(uint8_t* row, uint32_t pixels) {
+    for (; pixels > 0; --pixels, row += 4) {
+        for (int i = 0; i < 3; ++i) {
+            row[i] = static_cast<uint8_t>((row[i] * row[3] + 127) / 255);
+        }
+    }
+}
+
 }  // namespace fi

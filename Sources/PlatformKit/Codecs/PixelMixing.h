@@ -12,4 +12,7 @@ void convertInks(uint8_t* row, uint32_t pixels, bool inverted);
 /// R, G, B, alpha, the colors already multiplied with the alpha, laid on white.
 void layOnWhite(uint8_t* row, uint32_t pixels);
 
+/// R, G, B, alpha, the colors then multiplied with the alpha.
+void multiplyWithAlpha(uint8_t* row, uint32_t pixels);
+
 }  // namespace fi
