@@ -8,6 +8,7 @@
 
 #include "PlatformKit/Codecs/JpegWriter.h"
 #include "PlatformKit/Codecs/MakeJpeg.h"
+#include "PlatformKit/Codecs/MakePng.h"
 #include "PlatformKit/Codecs/TiffBytes.h"
 #include "PlatformKit/Codecs/TiffField.h"
 #include "PlatformKit/Codecs/TiffWriter.h"
@@ -117,6 +118,29 @@ void saveTiffs() {
     }
 }
 
+void savePngs() {
+    const std::pair<const char*, PngShape> files[] = {
+        {"bits.png", {20, 12, 1, PngKind::Gray}},
+        {"gray.png", {20, 12, 4, PngKind::Gray}},
+        {"gray-words.png", {20, 12, 16, PngKind::Gray}},
+        {"color.png", {20, 12, 8, PngKind::Color}},
+        {"color-words.png", {20, 12, 16, PngKind::Color, true}},
+        {"gray-alpha.png", {20, 12, 8, PngKind::GrayAlpha}},
+        {"alpha-words.png", {20, 12, 16, PngKind::ColorAlpha, true}},
+        {"interlaced.png", {20, 12, 2, PngKind::Gray, true}},
+    };
+    for (const auto& [name, shape] : files)
+        save("FuzzPng", name, makePng(shape));
+    Bytes facts = makePng({20, 12, 4, PngKind::Palette});
+    facts = withPngChunk(facts, "IDAT", "tRNS", {0, 90});
+    facts = withPngChunk(facts, "IDAT", "pHYs", {0, 0, 0x2E, 0x23, 0, 0, 0x2E, 0x23, 1});
+    facts = withPngChunk(facts, "IDAT", "eXIf", exifBlock(ByteOrder::Little, false));
+    Bytes profile(140);
+    profile[3] = 140;
+    facts = withPngChunk(facts, "PLTE", "iCCP", pngProfileData(profile));
+    save("FuzzPng", "facts.png", facts);
+}
+
 void saveDirectories() {
     save("FuzzTiffDirectories", "little", exifBlock(ByteOrder::Little, false));
     save("FuzzTiffDirectories", "big-endian", exifBlock(ByteOrder::Big, false));
@@ -205,6 +229,7 @@ int main(int argc, char** argv) {
     g_folder = argv[1];
     saveCardReads();
     saveJpegs();
+    savePngs();
     saveTiffs();
     saveDirectories();
     saveTags();
