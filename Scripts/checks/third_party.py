@@ -16,7 +16,7 @@ ROOMS = [
     (r"zlib\.h", [f"{KIT}/Codecs/Png"]),
     (r"zimg.*", [f"{KIT}/Drawing/Scaling"]),
     (r"pixman.*", [f"{KIT}/Drawing/"]),
-    (r"lcms2.*", [f"{KIT}/Drawing/Colour"]),
+    (r"lcms2.*", [f"{KIT}/Drawing/Color"]),
     (r"utf8proc\.h", [f"{KIT}/Text/"]),
     (r"iconv\.h", [f"{KIT}/Text/"]),
     (r"plist/.*", [f"{KIT}/Files/PropertyList"]),
