@@ -29,7 +29,12 @@ enum class Turn : uint8_t {
     return turn >= Turn::Transpose;
 }
 
-/// A turned copy; nullopt when memory is short, and for pixels that share a byte.
+/// A turned copy; nullopt when memory is short. Any thread.
 [[nodiscard]] std::optional<PixelBuffer> turned(const PixelBuffer& picture, Turn turn);
+
+/// Turns the picture into memory that is already there: all pixels of `target` are replaced; in the last
+/// byte of a row of bits, what lies beyond the width becomes 0. False, with nothing changed, when the
+/// target has another layout or other sides than the turned picture, or is the picture itself. Any thread.
+[[nodiscard]] bool turnInto(const PixelBuffer& picture, PixelBuffer& target, Turn turn);
 
 }  // namespace fi
