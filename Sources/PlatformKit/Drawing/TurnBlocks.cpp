@@ -24,24 +24,23 @@ bool isAlignedForLines(TargetRows rows) {
 /// whatever their strides; direct copying falls into one cache set when a stride is a power of two.
 template <typename Form, typename Pixel>
 void exchangeBlock(SourceRows from, TargetRows to, bool past) {
-    Block<Pixel> turned;
+    TurnedBlock<Pixel> turned;
     Form::template transpose<Pixel>(from, turned);
     if (past) {
         Form::template storePast<Pixel>(turned, to);
     } else {
-        PlainBlocks::storePast<Pixel>(turned, to);
+        PlainBlocks::store<Pixel>(turned, to);
     }
 }
 
 /// A block that the picture's right or lower end cuts.
 template <typename Form, typename Pixel>
 void exchangeCutBlock(SourceRows from, TargetRows to, uint32_t columns, uint32_t rows) {
-    Block<Pixel> cut = {};
+    uint8_t whole[kBlockRows<Pixel>][kLineBytes] = {};
     for (uint32_t y = 0; y < rows; ++y)
-        std::memcpy(cut.rows[y], from.row(y), columns * sizeof(Pixel));
-    Block<Pixel> turned;
-    const SourceRows cutRows{reinterpret_cast<const uint8_t*>(cut.rows), kLineBytes};
-    Form::template transpose<Pixel>(cutRows, turned);
+        std::memcpy(whole[y], from.row(y), columns * sizeof(Pixel));
+    TurnedBlock<Pixel> turned;
+    Form::template transpose<Pixel>({whole[0], kLineBytes}, turned);
     for (uint32_t x = 0; x < columns; ++x)
         std::memcpy(to.row(x), turned.rows[x], rows * sizeof(Pixel));
 }
@@ -49,14 +48,13 @@ void exchangeCutBlock(SourceRows from, TargetRows to, uint32_t columns, uint32_t
 /// The columns from `left` to `right`, in blocks from the top.
 template <typename Form, typename Pixel>
 void exchangeStrip(const PixelCopy& copy, uint32_t left, uint32_t right, bool past) {
-    constexpr uint32_t kSide = kBlockSide<Pixel>;
     for (uint32_t top = 0, rows = 0; top < copy.height; top += rows) {
-        rows = std::min(kSide, copy.height - top);
+        rows = std::min(kBlockRows<Pixel>, copy.height - top);
         for (uint32_t x = left, columns = 0; x < right; x += columns) {
-            columns = std::min(kSide, right - x);
+            columns = std::min(kBlockColumns<Pixel>, right - x);
             const SourceRows from{copy.from.row(top) + size_t{x} * sizeof(Pixel), copy.from.stride};
             const TargetRows to{copy.to.row(x) + size_t{top} * sizeof(Pixel), copy.to.stride};
-            if (rows == kSide && columns == kSide) {
+            if (rows == kBlockRows<Pixel> && columns == kBlockColumns<Pixel>) {
                 exchangeBlock<Form, Pixel>(from, to, past);
             } else {
                 exchangeCutBlock<Form, Pixel>(from, to, columns, rows);

@@ -11,10 +11,10 @@ namespace fi {
 class Sse2Blocks {
 public:
     template <typename Pixel>
-    static void transpose(SourceRows from, Block<Pixel>& to) {
+    static void transpose(SourceRows from, TurnedBlock<Pixel>& to) {
         constexpr uint32_t kSquare = kPixels<Pixel>;
-        for (uint32_t y = 0; y < kBlockSide<Pixel>; y += kSquare) {
-            for (uint32_t x = 0; x < kBlockSide<Pixel>; x += kSquare) {
+        for (uint32_t y = 0; y < kBlockRows<Pixel>; y += kSquare) {
+            for (uint32_t x = 0; x < kBlockColumns<Pixel>; x += kSquare) {
                 const SourceRows square{from.row(y) + x * sizeof(Pixel), from.stride};
                 const auto columns = transposed<Pixel>(square);
                 for (uint32_t i = 0; i < kSquare; ++i)
@@ -24,10 +24,10 @@ public:
     }
 
     template <typename Pixel>
-    static void storePast(const Block<Pixel>& block, TargetRows to) {
-        for (uint32_t y = 0; y < kBlockSide<Pixel>; ++y) {
+    static void storePast(const TurnedBlock<Pixel>& block, TargetRows to) {
+        for (uint32_t y = 0; y < kBlockColumns<Pixel>; ++y) {
             uint8_t* line = to.row(y);
-            for (uint32_t x = 0; x < kBlockSide<Pixel>; x += kPixels<Pixel>)
+            for (uint32_t x = 0; x < kBlockRows<Pixel>; x += kPixels<Pixel>)
                 _mm_stream_si128(vectorAt(line + x * sizeof(Pixel)),
                                  _mm_load_si128(vectorAt(&block.rows[y][x])));
         }
