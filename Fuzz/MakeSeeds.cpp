@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "PlatformKit/Codecs/JpegWriter.h"
+#include "PlatformKit/Codecs/MakeBmp.h"
 #include "PlatformKit/Codecs/MakeJpeg.h"
 #include "PlatformKit/Codecs/MakePng.h"
 #include "PlatformKit/Codecs/TiffBytes.h"
@@ -87,6 +88,43 @@ Bytes withExif(const Bytes& jpeg) {
     out.insert(out.end(), exif.begin(), exif.end());
     out.insert(out.end(), jpeg.begin() + 2, jpeg.end());
     return out;
+}
+
+/// One picture of 9 by 3 pixels for each way to store them.
+void saveBmps() {
+    const struct {
+        const char* name;
+        uint32_t headerBytes;
+        uint16_t bits;
+        uint32_t compression;
+        Bytes pixels;
+    } kinds[] = {
+        {"core.bmp", 12, 8, 0, Bytes(36, 1)},
+        {"os2.bmp", 64, 4, 0, Bytes(24, 0x21)},
+        {"bits.bmp", 40, 1, 0, Bytes(12, 0x5A)},
+        {"two.bmp", 40, 2, 0, Bytes(12, 0x1B)},
+        {"words.bmp", 40, 16, 0, Bytes(60, 99)},
+        {"bytes.bmp", 40, 24, 0, Bytes(84, 77)},
+        {"fields.bmp", 40, 32, 3, Bytes(108, 9)},
+        {"alpha.bmp", 124, 32, 3, Bytes(108, 55)},
+        {"runs8.bmp", 40, 8, 1, {9, 1, 0, 0, 0, 2, 2, 1, 0, 5, 1, 2, 3, 4, 5, 0, 0, 1}},
+        {"runs4.bmp", 40, 4, 2, {9, 0x12, 0, 0, 0, 2, 2, 1, 0, 5, 0x12, 0x34, 0x50, 0, 0, 1}},
+    };
+    for (const auto& kind : kinds) {
+        BmpRecipe recipe;
+        recipe.headerBytes = kind.headerBytes;
+        recipe.width = 9;
+        recipe.height = 3;
+        recipe.bits = kind.bits;
+        recipe.compression = kind.compression;
+        recipe.pixels = kind.pixels;
+        if (kind.bits == 1) recipe.palette = {{0, 0, 0}, {255, 255, 255}};
+        if (kind.bits > 1 && kind.bits <= 8) recipe.palette = {{0, 0, 0}, {9, 9, 9}, {30, 20, 10}};
+        if (kind.compression == 3) recipe.masks = {0x3FF00000, 0xFFC00, 0x3FF};
+        if (kind.headerBytes == 124) recipe.masks = {0xFF0000, 0xFF00, 0xFF, 0xFF000000};
+        if (kind.headerBytes == 124) recipe.profile = Bytes(20, 7);
+        save("FuzzBmp", kind.name, makeBmp(recipe));
+    }
 }
 
 void saveJpegs() {
@@ -227,6 +265,7 @@ void saveSegments() {
 int main(int argc, char** argv) {
     if (argc != 2) return 2;
     g_folder = argv[1];
+    saveBmps();
     saveCardReads();
     saveJpegs();
     savePngs();
