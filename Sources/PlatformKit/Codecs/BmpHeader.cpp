@@ -213,11 +213,8 @@ private:
 
     void readProfile() {
         if (m_size < kProfileHeaderBytes || field(56) != kEmbeddedProfile) return;
-        const uint64_t start = m_start + field(112);
-        const uint32_t bytes = field(116);
-        if (start > m_fileBytes || bytes > m_fileBytes - start) return;
-        m_header.profileStart = start;
-        m_header.profileBytes = bytes;
+        m_header.profileStart = m_start + field(112);
+        m_header.profileBytes = field(116);
     }
 
     uint64_t m_fileBytes;

@@ -349,6 +349,33 @@ TEST(BmpReader, AnEmbeddedProfileIsReadFromTheLongestHeaderAlone) {
     EXPECT_TRUE(headerOf(makeBmp(recipe)).iccProfile.empty());
 }
 
+TEST(BmpReader, AProfileThatCannotBeReadInFullIsNone) {
+    BmpRecipe recipe = recipeOf(24, 1, 1, Bytes(8000));
+    recipe.headerBytes = 124;
+    recipe.profile = Bytes(5000, 7);
+    const Bytes file = makeBmp(recipe);
+    CountingSource source(file);
+    source.failFrom(file.size() - 1);
+    const auto header = readBmpHeader(source);
+    ASSERT_TRUE(header);
+    EXPECT_TRUE(header->iccProfile.empty());
+    for (const size_t field : {size_t{14 + 112}, size_t{14 + 116}}) {
+        Bytes wrong = file;
+        wrong[field + 3] = 0x7F;  // two thousand million
+        EXPECT_TRUE(headerOf(wrong).iccProfile.empty());
+    }
+}
+
+TEST(BmpReader, OsTwoKnowsNoPngAndNoMasks) {
+    for (const uint32_t compression : {5U, 6U}) {
+        BmpRecipe recipe = recipeOf(32, 1, 1, Bytes(100));
+        recipe.headerBytes = 64;
+        recipe.compression = compression;
+        EXPECT_THAT(failureOf(makeBmp(recipe)).text,
+                    testing::HasSubstr("kind of compression is not known"));
+    }
+}
+
 TEST(BmpReader, KindsThatAreNotReadAreDescribedAndRefusedByName) {
     const struct {
         uint32_t headerBytes;
