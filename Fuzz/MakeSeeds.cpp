@@ -141,6 +141,7 @@ void saveJpegs() {
     save("FuzzJpeg", "progressive.jpg", makeJpeg(color, progressive));
     save("FuzzJpeg", "inks.jpg", makeJpeg(color, inks));
     save("FuzzJpeg", "restarts.jpg", makeJpeg(color, restarts));
+    save("FuzzJpeg", "late-height.jpg", withLateHeight(makeJpeg(color, restarts)));
     save("FuzzJpeg", "scans.jpg", makeScanBomb(64, 64, 30));
 }
 

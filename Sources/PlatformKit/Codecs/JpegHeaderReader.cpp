@@ -24,6 +24,7 @@ enum Marker : uint8_t {
     kStartOfImage = 0xD8,
     kEndOfImage = 0xD9,
     kStartOfScan = 0xDA,
+    kDefineLines = 0xDC,
     kApplication0 = 0xE0,
     kApplication1 = 0xE1,
     kApplication2 = 0xE2,
@@ -32,6 +33,7 @@ enum Marker : uint8_t {
 // Beyond these a file is not a photo with much metadata but something made to keep a reader busy.
 constexpr uint32_t kMaximumSegments = 65536;
 constexpr uint64_t kMaximumStrays = uint64_t{1} << 20;
+constexpr uint64_t kMaximumScanBytes = uint64_t{64} << 20;
 
 constexpr std::string_view kJfif = "JFIF\0"sv;
 constexpr std::string_view kExif = "Exif\0"sv;
@@ -45,6 +47,18 @@ bool isFrame(uint8_t marker) {
 /// Markers that stand alone, without a length.
 bool isBare(uint8_t marker) {
     return marker == 0x01 || (marker >= kRestart0 && marker < kStartOfImage);
+}
+
+constexpr size_t kView = SourceWindow::kMaximumView;
+
+/// Where, in the data of a scan, something begins that is neither data nor a restart.
+std::optional<size_t> markerInScan(ByteView view) {
+    for (size_t i = 0; i + 1 < view.size(); ++i) {
+        if (view.u8(i) != 0xFF) continue;
+        const uint8_t next = view.u8(i + 1).value_or(0);
+        if (next != 0x00 && next != 0xFF && !isBare(next)) return i;
+    }
+    return std::nullopt;
 }
 
 ColorModel modelFor(uint32_t components) {
@@ -72,6 +86,7 @@ CodecResult<ImageHeader> JpegHeaderReader::read() {
     }
     for (uint32_t i = 0; i < kMaximumSegments; ++i) {
         const auto segment = nextSegment();
+        if (segment && segment->marker == kStartOfScan) findLateHeight(segment->start);
         if (!segment || segment->marker == kStartOfScan || segment->marker == kEndOfImage) break;
         take(*segment);
     }
@@ -133,9 +148,30 @@ void JpegHeaderReader::takeFrame(const Segment& segment) {
     m_hasFrame = true;
     m_header.bitsPerComponent = view.u8(0).value_or(0);
     m_header.height = view.u16(1).value_or(0);
+    m_frameHeightAt = segment.start + 1;
     m_header.width = view.u16(3).value_or(0);
     m_header.components = view.u8(5).value_or(0);
     m_header.model = modelFor(m_header.components);
+}
+
+/// The height must be what directly follows the data of the first scan.
+void JpegHeaderReader::findLateHeight(uint64_t scan) {
+    if (!m_hasFrame || m_header.height != 0) return;
+    uint64_t at = scan + m_window.view(scan, 2).withOrder(ByteOrder::Big).u16(0).value_or(2);
+    const uint64_t end = at + kMaximumScanBytes;
+    // Of a pair of bytes that lies across two views, the first is seen again.
+    for (ByteView view = m_window.view(at, kView); view.size() > 1 && at < end;
+         view = m_window.view(at, kView)) {
+        const auto marker = markerInScan(view);
+        at += marker.value_or(view.size() - 1);
+        if (!marker) continue;
+        const ByteView segment = m_window.view(at, 6).withOrder(ByteOrder::Big);
+        const uint16_t height = segment.u16(4).value_or(0);
+        if (segment.u8(1) != kDefineLines || segment.u16(2) != 4 || height == 0) return;
+        m_header.height = height;
+        m_lateHeight = JpegLateHeight{m_frameHeightAt, height};
+        return;
+    }
 }
 
 void JpegHeaderReader::takeJfif(const Segment& segment) {

@@ -9,11 +9,20 @@
 
 namespace fi {
 
+/// A height that stands behind the first scan, because it was not known in front of it.
+struct JpegLateHeight {
+    uint64_t frameOffset = 0;  ///< of the two bytes of the frame that say 0 instead
+    uint16_t height = 0;
+};
+
 class JpegHeaderReader {
 public:
     explicit JpegHeaderReader(ByteSource& source) : m_window(source) {}
 
     CodecResult<ImageHeader> read();
+
+    /// After read(): where the height came from, when the frame did not say it.
+    [[nodiscard]] const std::optional<JpegLateHeight>& lateHeight() const { return m_lateHeight; }
 
 private:
     struct Segment {
@@ -32,6 +41,7 @@ private:
     [[nodiscard]] std::optional<uint8_t> nextMarker();
     void take(const Segment& segment);
     void takeFrame(const Segment& segment);
+    void findLateHeight(uint64_t scan);
     void takeJfif(const Segment& segment);
     void takeExif(const Segment& segment);
     void takeProfilePart(const Segment& segment);
@@ -42,6 +52,8 @@ private:
     uint64_t m_at = 2;      // behind the start of image
     uint64_t m_strays = 0;  // bytes between segments so far
     bool m_hasFrame = false;
+    uint64_t m_frameHeightAt = 0;
+    std::optional<JpegLateHeight> m_lateHeight;
     ImageHeader m_header;
     std::vector<ProfilePart> m_profile;
 };

@@ -9,6 +9,7 @@
 #include <jpeglib.h>
 
 #include "PlatformKit/Base/CheckedMath.h"
+#include "PlatformKit/Codecs/JpegHeaderReader.h"
 #include "PlatformKit/Codecs/JpegInput.h"
 #include "PlatformKit/Codecs/JpegTrap.h"
 #include "PlatformKit/Codecs/PixelMixing.h"
@@ -109,6 +110,11 @@ public:
         m_input.expectPixels();
         if (!m_trap.run<&startStep>(m_work)) return Failure{m_trap.failure()};
         return readRows();
+    }
+
+    /// True when the frame that decode() met says 0 for the height.
+    [[nodiscard]] bool foundNoHeight() const {
+        return m_work.info.image_width > 0 && m_work.info.image_height == 0;
     }
 
 private:
@@ -223,6 +229,29 @@ private:
     Work m_work{};
 };
 
+/// The file as it would be had its height been known in front of the first scan, as libjpeg wants it.
+class HeightenedSource final : public ByteSource {
+public:
+    HeightenedSource(ByteSource& source, const JpegLateHeight& late) : m_source(source), m_late(late) {}
+
+    [[nodiscard]] uint64_t size() const override { return m_source.size(); }
+    [[nodiscard]] bool failed() const override { return m_source.failed(); }
+    [[nodiscard]] size_t read(uint64_t offset, std::span<uint8_t> out) override {
+        const size_t count = m_source.read(offset, out);
+        const auto put = [&](uint64_t at, int value) {
+            if (at >= offset && at - offset < count)
+                out[static_cast<size_t>(at - offset)] = static_cast<uint8_t>(value);
+        };
+        put(m_late.frameOffset, m_late.height >> 8);
+        put(m_late.frameOffset + 1, m_late.height & 0xFF);
+        return count;
+    }
+
+private:
+    ByteSource& m_source;
+    JpegLateHeight m_late;
+};
+
 }  // namespace
 
 bool looksLikeJpeg(ByteView head) {
@@ -236,7 +265,13 @@ CodecResult<DecodedPicture> decodeJpeg(ByteSource& source, SizeFloor floor) {
         if (!looksLikeJpeg(ByteView(start, count))) {
             return fail(CodecError::NotThisFormat, "The file is not a JPEG file.");
         }
-        return JpegDecoder(source).decode(floor);
+        JpegDecoder decoder(source);
+        auto picture = decoder.decode(floor);
+        if (!decoder.foundNoHeight()) return picture;
+        JpegHeaderReader header(source);
+        if (!header.read() || !header.lateHeight()) return picture;
+        HeightenedSource heightened(source, *header.lateHeight());
+        return JpegDecoder(heightened).decode(floor);
     } catch (const std::bad_alloc&) {
         return fail(CodecError::NoMemory, "Out of memory.");
     }

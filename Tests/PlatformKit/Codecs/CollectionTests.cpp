@@ -136,6 +136,17 @@ TEST(Collection, WhatTheReferenceDecodesIsDecodedOrOfAKindThatIsNotRead) {
     }
 }
 
+TEST(Collection, TheHeightBehindTheFirstScanIsFoundInARealPhoto) {
+    const auto top = corpusFolder();
+    if (!top) GTEST_SKIP() << "the collection of photos is not there";
+    const Outcome outcome = open(*top + "/jpeg-structure/mei_beach.jpg");
+    ASSERT_TRUE(outcome.header && outcome.picture);
+    EXPECT_EQ(outcome.header->width, 200U);
+    EXPECT_EQ(outcome.header->height, 200U);
+    EXPECT_EQ(outcome.picture->pixels.height(), 200U);
+    EXPECT_FALSE(outcome.picture->damaged);
+}
+
 TEST(Collection, FilesOfEveryKindAreHarmlessToEveryReader) {
     const auto top = corpusFolder();
     if (!top) GTEST_SKIP() << "the collection of photos is not there";

@@ -2,6 +2,8 @@
 // Decoding of JPEG: scales, color models, damage and limits.
 #include <gtest/gtest.h>
 
+#include <cstring>
+
 #include "PlatformKit/Codecs/CodecPictures.h"
 #include "PlatformKit/Codecs/JpegReader.h"
 #include "PlatformKit/Codecs/MakeJpeg.h"
@@ -122,6 +124,79 @@ TEST(JpegReader, EveryKindOfCodingGivesTheSamePicture) {
     }
 }
 
+TEST(JpegReader, BrightnessMayBeDenserThanColorInEveryUsualWay) {
+    const PixelBuffer picture = makePicture(90, 70, PixelLayout::RGBX32);
+    for (const auto& [wide, high] : {std::pair{2, 1}, {1, 2}, {4, 1}, {1, 4}, {4, 2}, {2, 4}}) {
+        for (const bool arithmetic : {false, true}) {
+            for (const bool progressive : {false, true}) {
+                JpegRecipe recipe;
+                recipe.lumaWide = wide;
+                recipe.lumaHigh = high;
+                recipe.arithmetic = arithmetic;
+                recipe.progressive = progressive;
+                const auto decoded = decode(makeJpeg(picture, recipe));
+                ASSERT_TRUE(decoded) << decoded.reason().text;
+                EXPECT_FALSE(decoded->damaged);
+                EXPECT_LT(meanDifference(picture, decoded->pixels), 2.0) << wide << ":" << high;
+            }
+        }
+    }
+}
+
+TEST(JpegReader, GrayOfEveryCodingGivesGray8) {
+    const PixelBuffer picture = makePicture(90, 70, PixelLayout::Gray8);
+    for (const bool arithmetic : {false, true}) {
+        for (const bool progressive : {false, true}) {
+            JpegRecipe recipe;
+            recipe.arithmetic = arithmetic;
+            recipe.progressive = progressive;
+            const auto decoded = decode(makeJpeg(picture, recipe));
+            ASSERT_TRUE(decoded) << decoded.reason().text;
+            ASSERT_EQ(decoded->pixels.layout(), PixelLayout::Gray8);
+            EXPECT_FALSE(decoded->damaged);
+            EXPECT_LT(meanDifference(picture, decoded->pixels), 2.0);
+        }
+    }
+}
+
+TEST(JpegReader, AHeightThatFollowsTheFirstScanIsUsed) {
+    const PixelBuffer picture = makePicture(90, 70, PixelLayout::RGBX32);
+    for (const bool progressive : {false, true}) {
+        JpegRecipe recipe;
+        recipe.progressive = progressive;
+        recipe.restartRows = 1;
+        const auto plain = makeJpeg(picture, recipe);
+        const auto late = withLateHeight(plain);
+        MemorySource source(late);
+        const auto facts = readJpegHeader(source);
+        ASSERT_TRUE(facts) << facts.reason().text;
+        EXPECT_EQ(facts->height, 70U);
+        for (const SizeFloor floor : {SizeFloor{}, SizeFloor{40, 30}}) {
+            const auto decoded = decode(late, floor);
+            const auto expected = decode(plain, floor);
+            ASSERT_TRUE(decoded && expected) << decoded.reason().text;
+            EXPECT_FALSE(decoded->damaged);
+            EXPECT_EQ(meanDifference(decoded->pixels, expected->pixels), 0);
+        }
+        const ScopedLimits limits([](DecodeLimits& l) { l.maximumPixels = 90 * 70 - 1; });
+        EXPECT_EQ(decode(late).reason().code, CodecError::LimitExceeded);
+    }
+}
+
+TEST(JpegReader, NoHeightAnywhereIsDamaged) {
+    const auto late = withLateHeight(makeJpeg(makePicture(90, 70, PixelLayout::RGBX32), {}));
+    auto zero = late;
+    zero[zero.size() - 3] = 0;  // in front of the end-of-image
+    auto wrongLength = late;
+    wrongLength[wrongLength.size() - 5] = 5;
+    for (const auto& bytes : {zero, wrongLength, firstBytes(late, late.size() - 3),
+                              firstBytes(late, late.size() - 8), firstBytes(late, late.size() / 2)}) {
+        MemorySource source(bytes);
+        EXPECT_FALSE(readJpegHeader(source));
+        EXPECT_EQ(decode(bytes).reason().code, CodecError::Damaged);
+    }
+}
+
 TEST(JpegReader, FourInksBecomeColorsWhetherInvertedOrNot) {
     const PixelBuffer picture = makePicture(64, 48, PixelLayout::RGBX32);
     for (const bool adobe : {true, false}) {
@@ -226,10 +301,33 @@ TEST(JpegReader, AHeadWithoutAnyScanDataIsDamaged) {
     EXPECT_EQ(decoded.reason().code, CodecError::Damaged);
 }
 
-TEST(JpegReader, TwelveBitsAreUnsupported) {
+TEST(JpegReader, TwelveBitsAreUnsupportedAndNamed) {
     const auto decoded = decode(makeHollowJpeg(16, 16, 12, 100));
     ASSERT_FALSE(decoded);
     EXPECT_EQ(decoded.reason().code, CodecError::Unsupported);
+    EXPECT_EQ(decoded.reason().text, "The JPEG data cannot be used: Unsupported JPEG data precision 12.");
+}
+
+TEST(JpegReader, ALostRestartMarkerCostsItsOwnRowsOnly) {
+    const PixelBuffer picture = makePicture(160, 160, PixelLayout::RGBX32);
+    JpegRecipe recipe;
+    recipe.restartRows = 1;
+    auto bytes = makeJpeg(picture, recipe);
+    size_t at = bytes.size();
+    for (size_t i = 0; i + 1 < bytes.size(); ++i) {
+        if (bytes[i] == 0xFF && bytes[i + 1] == 0xD4) at = i;
+    }
+    ASSERT_LT(at, bytes.size());
+    bytes[at] = bytes[at + 1] = 0x12;
+    const auto decoded = decode(bytes);
+    const auto whole = decode(makeJpeg(picture, recipe));
+    ASSERT_TRUE(decoded && whole);
+    EXPECT_TRUE(decoded->damaged);
+    const auto isEqual = [&](uint32_t y) {
+        return std::memcmp(decoded->pixels.row(y), whole->pixels.row(y), size_t{160} * 4) == 0;
+    };
+    EXPECT_TRUE(isEqual(0) && isEqual(30)) << "in front of the loss";
+    EXPECT_TRUE(isEqual(159)) << "behind the next marker";
 }
 
 TEST(JpegReader, SidesPixelsAndMemoryAreLimitedBeforeAnythingIsAllocated) {

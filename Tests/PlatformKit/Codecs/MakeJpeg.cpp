@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <iterator>
+#include <utility>
 
 #include <jpeglib.h>
 
@@ -35,8 +37,8 @@ void setUp(jpeg_compress_struct& info, const PixelBuffer& picture, const JpegRec
     if (recipe.ycck) jpeg_set_colorspace(&info, JCS_YCCK);
     if (recipe.cmyk) info.write_Adobe_marker = recipe.adobe ? TRUE : FALSE;
     if (!gray && !recipe.cmyk) {
-        info.comp_info[0].h_samp_factor = recipe.halfColor ? 2 : 1;
-        info.comp_info[0].v_samp_factor = recipe.halfColor ? 2 : 1;
+        info.comp_info[0].h_samp_factor = recipe.halfColor ? 2 : recipe.lumaWide;
+        info.comp_info[0].v_samp_factor = recipe.halfColor ? 2 : recipe.lumaHigh;
     }
     info.restart_in_rows = recipe.restartRows;
     info.arith_code = recipe.arithmetic ? TRUE : FALSE;
@@ -105,6 +107,24 @@ std::vector<uint8_t> makeJpeg(const PixelBuffer& picture, const JpegRecipe& reci
     jpeg_destroy_compress(&info);
     std::free(bytes);
     return result;
+}
+
+std::vector<uint8_t> withLateHeight(const std::vector<uint8_t>& jpeg) {
+    std::vector<uint8_t> out = jpeg;
+    size_t at = 2;
+    uint8_t height[2] = {};
+    for (; out.at(at + 1) != 0xDA; at += 2 + size_t{out.at(at + 2)} * 256 + out.at(at + 3)) {
+        if (out.at(at + 1) < 0xC0 || out.at(at + 1) > 0xC2) continue;
+        for (size_t i = 0; i < 2; ++i)
+            height[i] = std::exchange(out.at(at + 5 + i), uint8_t{0});
+    }
+    at += 2 + size_t{out.at(at + 2)} * 256 + out.at(at + 3);
+    const auto isData = [&] { return out[at] != 0xFF || out[at + 1] == 0 || (out[at + 1] & 0xF8) == 0xD0; };
+    while (isData())
+        ++at;
+    const uint8_t segment[] = {0xFF, 0xDC, 0, 4, height[0], height[1]};
+    out.insert(out.begin() + static_cast<long>(at), std::begin(segment), std::end(segment));
+    return out;
 }
 
 std::vector<uint8_t> makeScanBomb(uint16_t width, uint16_t height, uint32_t scans) {
