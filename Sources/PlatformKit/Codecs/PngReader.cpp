@@ -143,6 +143,10 @@ public:
         }
         m_input.expectPixels();
         if (!m_trap.run<&startStep>(m_work)) return Failure{m_trap.failure()};
+        // libpng writes rows of its own reckoning: they must be the rows that there is room for.
+        if (png_get_rowbytes(m_work.reader, m_work.info) != bytesOfRow(shape.width, shape.layout)) {
+            return fail(CodecError::Unsupported, "This kind of PNG picture is not read.");
+        }
         return readRows(shape, kept);
     }
 

@@ -179,7 +179,9 @@ TEST(JpegReader, AHeightThatFollowsTheFirstScanIsUsed) {
             EXPECT_EQ(meanDifference(decoded->pixels, expected->pixels), 0);
         }
         const ScopedLimits limits([](DecodeLimits& l) { l.maximumPixels = 90 * 70 - 1; });
-        EXPECT_EQ(decode(late).reason().code, CodecError::LimitExceeded);
+        const auto refused = decode(late);
+        ASSERT_FALSE(refused);
+        EXPECT_EQ(refused.reason().code, CodecError::LimitExceeded);
     }
 }
 
@@ -193,7 +195,9 @@ TEST(JpegReader, NoHeightAnywhereIsDamaged) {
                               firstBytes(late, late.size() - 8), firstBytes(late, late.size() / 2)}) {
         MemorySource source(bytes);
         EXPECT_FALSE(readJpegHeader(source));
-        EXPECT_EQ(decode(bytes).reason().code, CodecError::Damaged);
+        const auto decoded = decode(bytes);
+        ASSERT_FALSE(decoded);
+        EXPECT_EQ(decoded.reason().code, CodecError::Damaged);
     }
 }
 

@@ -40,6 +40,12 @@ CodecResult<DecodedPicture> decode(const Bytes& bytes, SizeFloor floor = {}) {
     return decodePng(source, floor);
 }
 
+/// Why the bytes are refused; nullopt when they are not.
+std::optional<CodecError> refusalOf(const Bytes& bytes, SizeFloor floor = {}) {
+    const auto decoded = decode(bytes, floor);
+    return decoded ? std::nullopt : std::optional(decoded.reason().code);
+}
+
 /// R, G, B, alpha in 16 bits, or in 8 where a picture has no more; alpha is full without a word of it.
 struct Pixel {
     uint32_t color[3];
@@ -233,7 +239,7 @@ TEST(PngReader, AnIndexBeyondThePaletteIsBlack) {
     ASSERT_TRUE(decoded);
     EXPECT_TRUE(decodedPixel(decoded->pixels, 1, 0) == (Pixel{{4, 5, 6}, 255}));
     EXPECT_TRUE(decodedPixel(decoded->pixels, 2, 0) == (Pixel{{0, 0, 0}, 255}));
-    EXPECT_EQ(decode(png).reason().code, CodecError::Damaged) << "without any palette";
+    EXPECT_EQ(refusalOf(png), CodecError::Damaged) << "without any palette";
 }
 
 TEST(PngReader, GammaProfileBackgroundAndSignificantBitsChangeNoPixel) {
@@ -451,9 +457,19 @@ TEST(PngReader, SidesPixelsAndMemoryAreLimitedAndTheLimitIsNamed) {
               "A side of the picture is longer than is allowed.");
     EXPECT_EQ(refusal([](DecodeLimits& l) { l.maximumPixels = 4'999; }),
               "The picture has more pixels than is allowed.");
-    EXPECT_EQ(refusal([](DecodeLimits& l) { l.maximumBytes = 20'000; }),
+    EXPECT_EQ(refusal([](DecodeLimits& l) { l.maximumBytes = 100 * 50 * 4; }),
               "The picture needs more memory than is allowed.");
     EXPECT_TRUE(decode(png));
+}
+
+TEST(PngReader, MemoryOfTheDecoderCountsToo) {
+    // Rows of 400 bytes take 448.
+    const Bytes png = makePng({100, 50, 8, PngKind::Color, false});
+    for (const auto& [more, fits] : {std::pair{0, false}, {200'000, true}}) {
+        const ScopedLimits limits(
+            [extra = more](DecodeLimits& l) { l.maximumBytes = 448 * 50 + static_cast<uint64_t>(extra); });
+        EXPECT_EQ(decode(png).ok(), fits);
+    }
 }
 
 TEST(PngReader, OnlyAnInterlacedPictureNeedsMemoryForAllOfIt) {
@@ -462,9 +478,7 @@ TEST(PngReader, OnlyAnInterlacedPictureNeedsMemoryForAllOfIt) {
     EXPECT_TRUE(decode(makePng(shape), {60, 60}));
     EXPECT_FALSE(decode(makePng(shape)));
     shape.interlaced = true;
-    const auto refused = decode(makePng(shape), {60, 60});
-    ASSERT_FALSE(refused);
-    EXPECT_EQ(refused.reason().code, CodecError::LimitExceeded);
+    EXPECT_EQ(refusalOf(makePng(shape), {60, 60}), CodecError::LimitExceeded);
 }
 
 TEST(PngReader, HugeSidesInATinyFileFailAtOnce) {
@@ -493,9 +507,7 @@ TEST(PngReader, ReadsInPiecesAndNeverTheWholeFileAtOnce) {
 
 TEST(PngReader, OtherFilesAreNotThisFormatAndAWrongHeadIsDamaged) {
     for (const Bytes& bytes : {Bytes{}, bytesOf("\x89PNG"), bytesOf("GIF89a..............")}) {
-        const auto decoded = decode(bytes);
-        ASSERT_FALSE(decoded);
-        EXPECT_EQ(decoded.reason().code, CodecError::NotThisFormat);
+        EXPECT_EQ(refusalOf(bytes), CodecError::NotThisFormat);
     }
     const Bytes png = makePng(kColors);
     for (const auto& [at, value] : {std::pair<size_t, uint8_t>{11, 12},
@@ -510,10 +522,10 @@ TEST(PngReader, OtherFilesAreNotThisFormatAndAWrongHeadIsDamaged) {
                                     {16, 0x80}}) {
         Bytes wrong = png;
         wrong[at] = value;
-        EXPECT_EQ(decode(wrong).reason().code, CodecError::Damaged) << at;
+        EXPECT_EQ(refusalOf(wrong), CodecError::Damaged) << at;
     }
-    EXPECT_EQ(decode(firstBytes(png, 20)).reason().code, CodecError::Damaged);
-    EXPECT_EQ(decode(firstBytes(png, pngChunkAt(png, "IDAT"))).reason().code, CodecError::Damaged);
+    EXPECT_EQ(refusalOf(firstBytes(png, 20)), CodecError::Damaged);
+    EXPECT_EQ(refusalOf(firstBytes(png, pngChunkAt(png, "IDAT"))), CodecError::Damaged);
 }
 
 }  // namespace fi::test
