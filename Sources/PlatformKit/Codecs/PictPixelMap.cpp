@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "PlatformKit/Codecs/PictPixelMap.h"
 
+#include <utility>
+
 #include "PlatformKit/Codecs/PictOpcodes.h"
 
 namespace fi {
@@ -61,17 +63,20 @@ bool readColors(PictInput& input, PictPixelMap& map) {
     const uint16_t flags = input.u16();
     const uint32_t count = input.u16() + 1U;
     if (count > kMaximumColors && count != 0x10000) return false;
-    const bool indexed = isIndexed(map.bits);
-    if (indexed) map.colors.assign(size_t{1} << map.bits, kPictBlack);
     // A last index of -1 is an empty table.
-    bool numbered = (flags & kDeviceColors) == 0;
-    for (uint32_t i = 0; i < count && count <= kMaximumColors; ++i) {
-        const uint32_t number = input.u16();
-        const PictColor color = readPictColor(input);
-        // Some writers leave all numbers at zero.
-        if (i == 1 && number == 0) numbered = false;
-        const uint32_t index = numbered ? number : i;
-        if (index < map.colors.size()) map.colors[index] = color;
+    std::vector<std::pair<uint32_t, PictColor>> entries(count <= kMaximumColors ? count : 0);
+    // Some writers leave all numbers at zero.
+    bool numbered = false;
+    for (auto& [number, color] : entries) {
+        number = input.u16();
+        color = readPictColor(input);
+        numbered = numbered || number != 0;
+    }
+    numbered = numbered && (flags & kDeviceColors) == 0;
+    if (isIndexed(map.bits)) map.colors.assign(size_t{1} << map.bits, kPictBlack);
+    for (uint32_t i = 0; i < entries.size(); ++i) {
+        const uint32_t index = numbered ? entries[i].first : i;
+        if (index < map.colors.size()) map.colors[index] = entries[i].second;
     }
     return !input.isCut();
 }
