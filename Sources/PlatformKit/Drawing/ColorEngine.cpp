@@ -73,6 +73,10 @@ cmsUInt32Number formatOf(ColorSamples samples, bool words) {
     return COLORSPACE_SH(PT_Lab) | CHANNELS_SH(3) | EXTRA_SH(1) | bytes;
 }
 
+bool isLab(ColorSamples samples) {
+    return samples == ColorSamples::CIELab || samples == ColorSamples::ICCLab;
+}
+
 class Builder {
 public:
     explicit Builder(const ColorTask& task) : m_task(task), m_context(ColorContext::create()) {}
@@ -82,6 +86,9 @@ public:
         if (m_task.samples == ColorSamples::RGB && m_task.target == ColorTarget::SRGB &&
             m_task.profile.empty()) {
             return {ColorAnswer::Kind::Identity};
+        }
+        if (isLab(m_task.samples) && m_task.profile.empty()) {
+            return {ColorAnswer::Kind::Converter, makeLabConverter(m_task.words)};
         }
         const Profile source = openSource();
         if (!source) return failure();
@@ -109,14 +116,9 @@ private:
                 return grayOfGamma(2.2);
             case ColorSamples::RGB:
                 return Profile(cmsCreate_sRGBProfileTHR(context()));
-            case ColorSamples::CIELab:
-            case ColorSamples::ICCLab:
-                return Profile(cmsCreateLab4ProfileTHR(context(), nullptr));
-            case ColorSamples::CMYK:
-            case ColorSamples::InvertedCMYK:
-                break;
+            default:
+                return nullptr;
         }
-        return nullptr;
     }
 
     [[nodiscard]] Profile grayOfGamma(double gamma) const {

@@ -132,6 +132,46 @@ private:
     Encoding<Word> m_encoding;
 };
 
+/// From X, Y and Z as parts of the white of D50 to linear light of sRGB: its primaries and white, brought
+/// to D50 by Bradford's matrix, the other way round.
+constexpr float kLightOfParts[3][3] = {
+    {3.021982f, -1.617209f, -0.404774f},
+    {-0.943709f, 1.916130f, 0.027579f},
+    {0.069388f, -0.228994f, 1.159606f},
+};
+
+/// What Lab's lightness scale was made from: a cube, and near black a line.
+float cubed(float value) {
+    constexpr float kLineEnds = 6.0f / 29;
+    return value > kLineEnds ? value * value * value : (value - 4.0f / 29) * (3 * kLineEnds * kLineEnds);
+}
+
+template <typename Word>
+class LabConverter final : public RowConverter {
+public:
+    void convert(const uint8_t* from, uint8_t* to, uint32_t pixels) const override {
+        for (size_t x = 0; x < pixels; ++x, from += 4 * sizeof(Word)) {
+            const float y = (unit(from, 0) / 2.55f + 16) / 116;
+            const float parts[3] = {cubed(y + (unit(from, 1) - 128) / 500), cubed(y),
+                                    cubed(y - (unit(from, 2) - 128) / 200)};
+            for (size_t c = 0; c < 3; ++c) {
+                const float* const row = kLightOfParts[c];
+                const float light = row[0] * parts[0] + row[1] * parts[1] + row[2] * parts[2];
+                storeSample(to, x * 4 + c, m_encoding(light));
+            }
+            storeSample(to, x * 4 + 3, std::numeric_limits<Word>::max());
+        }
+    }
+
+private:
+    /// From 0 to 255.
+    static float unit(const uint8_t* pixel, size_t index) {
+        return static_cast<float>(loadSample<Word>(pixel, index)) * (255 / kFull<Word>);
+    }
+
+    Encoding<Word> m_encoding{ColorTarget::SRGB};
+};
+
 template <typename Word>
 std::unique_ptr<const RowConverter> lightConverter(Lights lights, ColorTarget target) {
     if (target == ColorTarget::Gray)
@@ -150,6 +190,11 @@ std::unique_ptr<const RowConverter> makeToneConverter(std::span<const uint16_t> 
 std::unique_ptr<const RowConverter> makeLightConverter(Lights lights, ColorTarget target, bool words) {
     if (words) return lightConverter<uint16_t>(std::move(lights), target);
     return lightConverter<uint8_t>(std::move(lights), target);
+}
+
+std::unique_ptr<const RowConverter> makeLabConverter(bool words) {
+    if (words) return std::make_unique<LabConverter<uint16_t>>();
+    return std::make_unique<LabConverter<uint8_t>>();
 }
 
 }  // namespace fi

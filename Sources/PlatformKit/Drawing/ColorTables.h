@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Conversions by tables: gray by one lookup, colours of three curves and a matrix by the sum of lights.
+// Conversions by tables: gray by one lookup, colours of three curves and a matrix by the sum of lights;
+// and Lab, by its formula.
 #pragma once
 
 #include <array>
@@ -31,5 +32,8 @@ using Lights = std::array<std::vector<Light>, 3>;
 /// RGB to the sum of the lights of its samples, encoded for the target.
 [[nodiscard]] std::unique_ptr<const RowConverter> makeLightConverter(Lights lights, ColorTarget target,
                                                                      bool words);
+
+/// Lab of D50, prepared by prepareLab(), to sRGB.
+[[nodiscard]] std::unique_ptr<const RowConverter> makeLabConverter(bool words);
 
 }  // namespace fi
