@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "PlatformKit/Codecs/JpegWriter.h"
@@ -13,6 +14,7 @@
 #include "PlatformKit/Codecs/TiffBytes.h"
 #include "PlatformKit/Codecs/TiffField.h"
 #include "PlatformKit/Codecs/TiffWriter.h"
+#include "PlatformKit/Drawing/MakeProfiles.h"
 
 using namespace fi;
 using namespace fi::test;
@@ -261,6 +263,22 @@ void saveSegments() {
     save("FuzzExifSegment", "second.jpg", second);
 }
 
+/// The first byte of each says what is converted: see FuzzColorProfile.
+void saveProfiles() {
+    const std::tuple<const char*, uint8_t, Bytes> profiles[] = {
+        {"curves", 0, makeWideProfile()},       {"curves-words-to-gray", 0xC0, makeWideProfile()},
+        {"srgb", 0, makeSRGBProfile()},         {"grid", 0, makeGridProfile()},
+        {"gray", 1, makeGrayProfile(1.8)},      {"gray-to-gray", 0x85, makeGrayProfile(1.8)},
+        {"floating", 0, makeFloatingProfile()}, {"inks", 2, makeInkProfile()},
+        {"inverted-inks", 5, makeInkProfile()},
+    };
+    for (const auto& [name, choice, profile] : profiles) {
+        Bytes bytes = {choice};
+        bytes.insert(bytes.end(), profile.begin(), profile.end());
+        save("FuzzColorProfile", name, bytes);
+    }
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -270,6 +288,7 @@ int main(int argc, char** argv) {
     saveCardReads();
     saveJpegs();
     savePngs();
+    saveProfiles();
     saveTiffs();
     saveDirectories();
     saveTags();
