@@ -4,6 +4,7 @@
 #include <sys/resource.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <cstring>
 #include <vector>
@@ -27,11 +28,18 @@ double processorMilliseconds() {
     return sum;
 }
 
-double timeOf(const std::function<void()>& before, const std::function<void()>& work) {
+double elapsedMilliseconds() {
+    const auto now = std::chrono::steady_clock::now().time_since_epoch();
+    return std::chrono::duration<double, std::milli>(now).count();
+}
+
+using Clock = double (*)();
+
+double timeOf(Clock clock, const std::function<void()>& before, const std::function<void()>& work) {
     if (before) before();
-    const double start = processorMilliseconds();
+    const double start = clock();
     work();
-    return processorMilliseconds() - start;
+    return clock() - start;
 }
 
 double median(std::vector<double>& times) {
@@ -47,13 +55,14 @@ Size sizeFromArguments(int argc, char** argv) {
 }
 
 bool printRow(const Comparison& comparison) {
-    (void)timeOf(comparison.beforeOurs, comparison.ours);
-    (void)timeOf(comparison.beforeReference, comparison.reference);
+    const Clock clock = comparison.elapsed ? &elapsedMilliseconds : &processorMilliseconds;
+    (void)timeOf(clock, comparison.beforeOurs, comparison.ours);
+    (void)timeOf(clock, comparison.beforeReference, comparison.reference);
     std::vector<double> ours;
     std::vector<double> reference;
     for (int round = 0; round < comparison.rounds; ++round) {
-        ours.push_back(timeOf(comparison.beforeOurs, comparison.ours));
-        reference.push_back(timeOf(comparison.beforeReference, comparison.reference));
+        ours.push_back(timeOf(clock, comparison.beforeOurs, comparison.ours));
+        reference.push_back(timeOf(clock, comparison.beforeReference, comparison.reference));
     }
     const double oursMedian = median(ours);
     const double referenceMedian = median(reference);

@@ -24,10 +24,11 @@ struct Comparison {
     std::function<void()> reference;
     std::function<void()> beforeOurs = {};  ///< unmeasured, before each turn
     std::function<void()> beforeReference = {};
+    bool elapsed = false;  ///< timed by the clock instead of processor time, for work of several threads
 };
 
-/// Runs the comparison and prints its row: name, ratio, ours, reference (milliseconds of processor time),
-/// bound. Each side runs once before, unmeasured. Returns whether the bound was kept.
+/// Runs the comparison and prints its row: name, ratio, ours, reference (milliseconds), bound. Each side
+/// runs once before, unmeasured. Returns whether the bound was kept.
 bool printRow(const Comparison& comparison);
 
 /// Prints a row for the most memory that a program took. Returns whether the bound was kept.
