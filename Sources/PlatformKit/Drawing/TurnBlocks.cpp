@@ -45,6 +45,15 @@ void exchangeCutBlock(SourceRows from, TargetRows to, uint32_t columns, uint32_t
         std::memcpy(to.row(x), turned.rows[x], rows * sizeof(Pixel));
 }
 
+/// Asks for the lines of a block that comes soon. The processor does not foresee so many rows at once.
+template <typename Pixel>
+void fetchAhead(const PixelCopy& copy, uint32_t top, uint32_t rows, uint32_t x) {
+    constexpr uint32_t kAhead = 4 * kBlockColumns<Pixel>;
+    if (copy.width - x <= kAhead) return;
+    for (uint32_t y = top; y < top + rows; ++y)
+        __builtin_prefetch(copy.from.row(y) + size_t{x + kAhead} * sizeof(Pixel));
+}
+
 /// The columns from `left` to `right`, in blocks from the top.
 template <typename Form, typename Pixel>
 void exchangeStrip(const PixelCopy& copy, uint32_t left, uint32_t right, bool past) {
@@ -52,6 +61,7 @@ void exchangeStrip(const PixelCopy& copy, uint32_t left, uint32_t right, bool pa
         rows = std::min(kBlockRows<Pixel>, copy.height - top);
         for (uint32_t x = left, columns = 0; x < right; x += columns) {
             columns = std::min(kBlockColumns<Pixel>, right - x);
+            fetchAhead<Pixel>(copy, top, rows, x);
             const SourceRows from{copy.from.row(top) + size_t{x} * sizeof(Pixel), copy.from.stride};
             const TargetRows to{copy.to.row(x) + size_t{top} * sizeof(Pixel), copy.to.stride};
             if (rows == kBlockRows<Pixel> && columns == kBlockColumns<Pixel>) {
