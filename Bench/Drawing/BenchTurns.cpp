@@ -3,6 +3,7 @@
 // into the same memory, and against pixman.
 #include "PlatformKit/Drawing/Turns.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <optional>
@@ -46,11 +47,12 @@ std::optional<Pictures> makePictures(bool tiny, PixelLayout layout) {
 bool printTurn(Pictures& pictures, const char* name, Turn turn) {
     PixelBuffer& target = swapsSides(turn) ? pictures.lying : pictures.upright;
     const PixelBuffer& source = pictures.source;
-    const size_t bytes = source.rowBytes() * source.height();
+    // Both hold as many bytes: the sides are multiples of a cache line.
+    const size_t bytes = std::min(source.rowBytes() * source.height(), target.rowBytes() * target.height());
     bool done = false;
     const bool kept =
         printRow({name, kBoundOfCopy, pictures.rounds, [&] { done = turnInto(source, target, turn); },
-                  [&] { std::memcpy(pictures.upright.row(0), source.row(0), bytes); }});
+                  [&] { std::memcpy(target.row(0), source.row(0), bytes); }});
     return done && kept;
 }
 
