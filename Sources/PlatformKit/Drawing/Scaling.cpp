@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "PlatformKit/Drawing/ScalingSamples.h"
 #include "PlatformKit/Drawing/Turns.h"
 
 namespace fi {
@@ -17,7 +18,6 @@ namespace fi {
 namespace {
 
 constexpr size_t kAlignment = 64;
-constexpr uint32_t kMostPlanes = 3;
 
 /// The filter's byte arithmetic cuts overshoot between its two passes, which shows as wrong levels
 /// beside hard edges; in floats the result is the exact one, rounded.
@@ -25,10 +25,6 @@ constexpr zimg_pixel_type_e kSampleType = ZIMG_PIXEL_FLOAT;
 
 /// Not the variant for 64-byte registers: in 3.0.4 it drops taps for some pairs of sizes.
 constexpr zimg_cpu_type_e kProcessor = ZIMG_CPU_AUTO;
-
-constexpr uint32_t planesOf(PixelLayout layout) {
-    return layout == PixelLayout::Gray8 ? 1 : kMostPlanes;
-}
 
 struct FreeGraph {
     void operator()(zimg_filter_graph* graph) const { zimg_filter_graph_free(graph); }
@@ -66,12 +62,14 @@ struct Graph {
 zimg_image_format formatOf(uint32_t width, uint32_t height, PixelLayout layout) {
     zimg_image_format format;
     zimg_image_format_default(&format, ZIMG_API_VERSION);
-    const bool gray = layout == PixelLayout::Gray8;
+    const bool gray = planesOf(layout) == 1;
     format.width = width;
     format.height = height;
     format.pixel_type = kSampleType;
     format.color_family = gray ? ZIMG_COLOR_GREY : ZIMG_COLOR_RGB;
     format.matrix_coefficients = gray ? ZIMG_MATRIX_UNSPECIFIED : ZIMG_MATRIX_RGB;
+    // The fourth plane is filtered like the others, and they are not divided by it.
+    format.alpha = planesOf(layout) == 4 ? ZIMG_ALPHA_PREMULTIPLIED : ZIMG_ALPHA_NONE;
     return format;
 }
 
@@ -144,8 +142,11 @@ public:
         return planes;
     }
 
-    [[nodiscard]] float* row(uint32_t plane, unsigned index) const {
-        return start(plane) + m_rowFloats * (index & m_mask);
+    [[nodiscard]] PlaneRows rows(unsigned index) const {
+        PlaneRows rows = {};
+        for (uint32_t plane = 0; plane < m_count; ++plane)
+            rows[plane] = start(plane) + m_rowFloats * (index & m_mask);
+        return rows;
     }
 
     /// The library's own description of this memory, for reading or for writing.
@@ -174,49 +175,6 @@ private:
     unsigned m_mask = 0;
 };
 
-/// A piece of a row.
-struct Columns {
-    uint32_t left;
-    uint32_t right;
-};
-
-void spread(const uint8_t* __restrict from, float* __restrict gray, Columns columns) {
-    for (uint32_t x = columns.left; x < columns.right; ++x) {
-        gray[x] = from[x];
-    }
-}
-
-void spread(const uint8_t* __restrict from, float* __restrict red, float* __restrict green,
-            float* __restrict blue, Columns columns) {
-    for (uint32_t x = columns.left; x < columns.right; ++x) {
-        red[x] = from[size_t{x} * 4];
-        green[x] = from[size_t{x} * 4 + 1];
-        blue[x] = from[size_t{x} * 4 + 2];
-    }
-}
-
-/// Rounds to the nearest byte, without a call for every sample: what is cut off is never negative.
-uint8_t toByte(float value) {
-    constexpr float kHalf = 0.5f;
-    return static_cast<uint8_t>(static_cast<int32_t>(std::clamp(value, 0.0f, 255.0f) + kHalf));
-}
-
-void gather(const float* __restrict gray, uint8_t* __restrict to, Columns columns) {
-    for (uint32_t x = columns.left; x < columns.right; ++x) {
-        to[x] = toByte(gray[x]);
-    }
-}
-
-void gather(const float* __restrict red, const float* __restrict green, const float* __restrict blue,
-            uint8_t* __restrict to, Columns columns) {
-    for (uint32_t x = columns.left; x < columns.right; ++x) {
-        to[size_t{x} * 4] = toByte(red[x]);
-        to[size_t{x} * 4 + 1] = toByte(green[x]);
-        to[size_t{x} * 4 + 2] = toByte(blue[x]);
-        to[size_t{x} * 4 + 3] = 255;
-    }
-}
-
 /// What the callbacks need: the ring they fill or empty, and the picture on its other side.
 struct Unpacking {
     const PixelBuffer* picture;
@@ -231,26 +189,14 @@ struct Packing {
 int unpackRow(void* user, unsigned index, unsigned left, unsigned right) {
     const auto& job = *static_cast<const Unpacking*>(user);
     const Columns columns{left, std::min(right, job.picture->width())};
-    const uint8_t* from = job.picture->row(index);
-    if (job.picture->layout() == PixelLayout::Gray8) {
-        spread(from, job.planes->row(0, index), columns);
-    } else {
-        spread(from, job.planes->row(0, index), job.planes->row(1, index), job.planes->row(2, index),
-               columns);
-    }
+    spreadRow(*job.picture, index, columns, job.planes->rows(index));
     return 0;
 }
 
 int packRow(void* user, unsigned index, unsigned left, unsigned right) {
     const auto& job = *static_cast<const Packing*>(user);
     const Columns columns{left, std::min(right, job.picture->width())};
-    uint8_t* to = job.picture->row(index);
-    if (job.picture->layout() == PixelLayout::Gray8) {
-        gather(job.planes->row(0, index), to, columns);
-    } else {
-        gather(job.planes->row(0, index), job.planes->row(1, index), job.planes->row(2, index), to,
-               columns);
-    }
+    gatherRow(job.planes->rows(index), columns, *job.picture, index);
     return 0;
 }
 
@@ -284,6 +230,7 @@ bool scaleInto(const PixelBuffer& source, PixelBuffer& target) {
 std::optional<PixelBuffer> scaled(const PixelBuffer& picture, uint32_t width, uint32_t height) {
     if (width == 0 || height == 0 || picture.width() == 0 || picture.height() == 0) return std::nullopt;
     if (width == picture.width() && height == picture.height()) return turned(picture, Turn::None);
+    if (planesOf(picture.layout()) == 0) return std::nullopt;
     auto target = PixelBuffer::create(width, height, picture.layout());
     if (!target || !scaleInto(picture, *target)) return std::nullopt;
     return target;

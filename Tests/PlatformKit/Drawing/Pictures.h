@@ -28,7 +28,12 @@ inline std::string nameOfLayout(const testing::TestParamInfo<PixelLayout>& info)
 /// A component of a picture at (x, y).
 using Sampler = std::function<uint8_t(uint32_t x, uint32_t y, uint32_t component)>;
 
-/// A picture with the components that `sampler` gives; the fourth of colour is 255.
+/// Whether a byte of a pixel has no meaning.
+inline bool isFiller(PixelLayout layout, uint32_t byte) {
+    return (layout == PixelLayout::RGBX32 && byte == 3) || (layout == PixelLayout::RGBX64 && byte >= 6);
+}
+
+/// A picture with the components that `sampler` gives; bytes without a meaning are 255.
 inline PixelBuffer pictureOf(uint32_t width, uint32_t height, PixelLayout layout, const Sampler& sampler) {
     auto picture = PixelBuffer::create(width, height, layout);
     if (!picture) throw std::bad_alloc();
@@ -36,7 +41,7 @@ inline PixelBuffer pictureOf(uint32_t width, uint32_t height, PixelLayout layout
     for (uint32_t y = 0; y < height; ++y) {
         for (uint32_t x = 0; x < width; ++x) {
             for (uint32_t c = 0; c < components; ++c) {
-                picture->row(y)[x * components + c] = c == 3 ? 255 : sampler(x, y, c);
+                picture->row(y)[x * components + c] = isFiller(layout, c) ? 255 : sampler(x, y, c);
             }
         }
     }
