@@ -11,6 +11,7 @@
 #include "PlatformKit/Codecs/MakeBmp.h"
 #include "PlatformKit/Codecs/MakeJpeg.h"
 #include "PlatformKit/Codecs/MakePng.h"
+#include "PlatformKit/Codecs/PictBytes.h"
 #include "PlatformKit/Codecs/TiffBytes.h"
 #include "PlatformKit/Codecs/TiffField.h"
 #include "PlatformKit/Codecs/TiffWriter.h"
@@ -279,6 +280,73 @@ void saveProfiles() {
     }
 }
 
+/// A map of every depth and packing, with 20 columns and four equal rows.
+PictMapRecipe pictMap(uint16_t bits, uint16_t packType) {
+    PictMapRecipe recipe;
+    recipe.bounds = {0, 0, 4, 20};
+    recipe.bits = bits;
+    recipe.packType = packType;
+    for (uint16_t i = 0; bits > 0 && bits <= 8 && i < 1U << bits; ++i)
+        recipe.colors.insert(recipe.colors.end(), {i, static_cast<uint16_t>(i << 8), 0x8000, 0xFFFF});
+    const size_t rowBytes = bits == 32 ? 60 : std::max<size_t>(bits, 1) * 20 / 8 + 2;
+    std::vector<uint8_t> row(rowBytes - rowBytes % 4);
+    for (size_t i = 0; i < row.size(); ++i)
+        row[i] = static_cast<uint8_t>(i / 3 * 5);
+    recipe.rows.assign(4, row);
+    return recipe;
+}
+
+Bytes pictOf(uint32_t version, const PictMapRecipe& recipe) {
+    PictBytes pict(version, recipe.bounds, false);
+    if (version == 2) pict.extendedHeader(72 << 16, 72 << 16, recipe.bounds);
+    return pict.map(recipe).end().bytes();
+}
+
+/// An image of QuickTime with the JPEG, and the text behind it.
+Bytes pictWithJpeg() {
+    const Bytes jpeg = makeJpeg(smallPicture(PixelLayout::RGBX32), {});
+    PictBytes pict(2, {0, 0, 12, 20}, false);
+    pict.opcode(0x8200).longWord(static_cast<uint32_t>(68 + 86 + jpeg.size())).word(0);
+    for (const uint32_t element : {0x10000U, 0U, 0U, 0U, 0x10000U, 0U, 0U, 0U, 0x40000000U})
+        pict.longWord(element);
+    pict.longWord(0).rect({}).word(0).rect({0, 0, 12, 20}).longWord(0).longWord(0);
+    pict.longWord(86).longWord(0x6A706567);
+    for (int i = 0; i < 6; ++i)
+        pict.longWord(0);
+    pict.word(20).word(12).longWord(0).longWord(0).longWord(static_cast<uint32_t>(jpeg.size())).word(1);
+    for (int i = 0; i < 8; ++i)
+        pict.longWord(0);
+    pict.word(24).word(0xFFFF).data(jpeg);
+    return pict.opcode(7).word(0x00AE).word(2).opcode(0x38).end().bytes();
+}
+
+void savePicts() {
+    save("FuzzPict", "bits-1", pictOf(1, pictMap(0, 0)));
+    save("FuzzPict", "bits-2", pictOf(2, pictMap(0, 0)));
+    for (const uint16_t bits :
+         {uint16_t{1}, uint16_t{2}, uint16_t{4}, uint16_t{8}, uint16_t{16}, uint16_t{32}}) {
+        for (const uint16_t packType : {uint16_t{0}, uint16_t{1}, uint16_t{2}}) {
+            const std::string name = "map-" + std::to_string(bits) + "-" + std::to_string(packType);
+            save("FuzzPict", name.c_str(), pictOf(2, pictMap(bits, packType)));
+        }
+    }
+    PictMapRecipe masked = pictMap(8, 0);
+    masked.mask = {0, 0, 4, 20, 0, 2, 9, 0x7FFF, 2, 2, 9, 12, 18, 0x7FFF, 0x7FFF};
+    masked.target = PictRect{1, 1, 9, 41};
+    masked.mode = 36;
+    PictBytes pict(2, {0, 0, 10, 50}, false);
+    pict.opcode(1)
+        .word(10)
+        .rect({0, 0, 8, 48})
+        .opcode(0x0C)
+        .word(1)
+        .word(1)
+        .opcode(0x30)
+        .rect({1, 2, 3, 4});
+    save("FuzzPict", "masked", pict.map(masked).map(pictMap(0, 0)).end().bytes());
+    save("FuzzPict", "jpeg", pictWithJpeg());
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -289,6 +357,7 @@ int main(int argc, char** argv) {
     saveJpegs();
     savePngs();
     saveProfiles();
+    savePicts();
     saveTiffs();
     saveDirectories();
     saveTags();
