@@ -106,12 +106,12 @@ TEST(PictDrawing, ASpaceOfTheDrawingStandsForTheFrame) {
 
 TEST(PictDrawing, ARegionIsAMask) {
     PictMapRecipe recipe = block({0, 0, 4, 8});
-    // Columns 1 to 6 in row 1; 1 to 2 and 4 to 6 from row 2; nothing from row 3 on.
-    recipe.mask = {1, 1, 3, 6, 1, 1, 6, kEnd, 2, 2, 4, kEnd, 3, 1, 2, 4, 6, kEnd, kEnd};
+    // From row 0: columns 1 to 5; from row 1: 1 and 4 to 5; row 2: 4 to 6; from row 3: 6.
+    recipe.mask = {0, 1, 4, 7, 0, 1, 6, kEnd, 1, 2, 4, kEnd, 2, 1, 2, 6, 7, kEnd, 3, 4, 6, kEnd, kEnd};
     for (const bool packed : {false, true}) {
         recipe.packed = packed;
         PictBytes pict(2, {0, 0, 4, 8});
-        EXPECT_EQ(drawn(pict.map(recipe)), "........\n.#####..\n.#..##..\n........\n");
+        EXPECT_EQ(drawn(pict.map(recipe)), ".#####..\n.#..##..\n....###.\n......#.\n");
     }
     recipe.mask = {1, 5, 3, 100};
     PictBytes rectangle(1, {0, 0, 4, 8});
