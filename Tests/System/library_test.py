@@ -11,7 +11,7 @@ LIBRARY = pathlib.Path(sys.argv.pop(1)).resolve() if len(sys.argv) > 1 else None
 
 # Every library that the importer may bring into the process of an application, with its licence in
 # Docs/architecture.md. None of them is under the GPL.
-MAY_NEED = {"jpeg", "tiff", "zimg", "lcms2", "utf8proc", "plist-2.0", "mount"}
+MAY_NEED = {"jpeg", "tiff", "png16", "z", "zimg", "lcms2", "utf8proc", "plist-2.0", "mount"}
 RUNTIME = {"stdc++", "gcc_s", "m", "c", "ld-linux-x86-64", "ld-linux-aarch64"}
 
 
