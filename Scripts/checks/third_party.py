@@ -28,7 +28,7 @@ ROOMS = [
     (r"(pango|cairo).*\.h", ["Tools/fileimporter/", "Examples/"]),
     (r"(gtest|gmock)/.*", ["Tests/"]),
     (r"umockdev.*", ["Tests/"]),
-    (r"(benchmark|libexif|exiv2)/.*", ["Bench/"]),
+    (r"(benchmark|libexif|exiv2|vips)/.*", ["Bench/"]),
 ]
 # A tool, an example or a test is nobody's foundation: its own headers may name what it uses.
 HEADERS_MAY = ("Tools/", "Examples/", "Tests/", "Bench/")

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "PlatformKit/Drawing/ScalingSamples.h"
 
+#include <algorithm>
 #include <cstring>
 #include <limits>
 
@@ -8,15 +9,14 @@ namespace fi {
 
 namespace {
 
-/// Rounds without a call for every sample: what is cut off is never negative. Written so that compilers do
-/// several at once, which std::clamp keeps them from.
+/// Rounds without a call for every sample: what is cut off is never negative, or becomes 0. The limits are
+/// kept as whole numbers, which compilers do several at a time; a filter overshoots by less than its input.
 template <typename Sample>
 uint32_t rounded(float value) {
-    constexpr float kMost = std::numeric_limits<Sample>::max();
+    constexpr int32_t kMost = std::numeric_limits<Sample>::max();
     constexpr float kHalf = 0.5F;
-    const float positive = value > 0.0F ? value : 0.0F;
-    const float fitting = positive < kMost ? positive : kMost;
-    return static_cast<uint32_t>(static_cast<int32_t>(fitting + kHalf));
+    const auto whole = static_cast<int32_t>(value + kHalf);
+    return static_cast<uint32_t>(std::min(std::max(whole, 0), kMost));
 }
 
 /// One component; the next of its kind is `step` samples on.
