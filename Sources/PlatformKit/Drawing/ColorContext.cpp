@@ -12,7 +12,7 @@ namespace fi {
 
 namespace {
 
-/// The largest profiles of presses take 20 megabytes in all.
+/// All that one profile may ask for, many times the largest one that is accepted.
 constexpr size_t kMostBytes = size_t{192} << 20;
 constexpr cmsUInt32Number kOldestLibrary = 2080;
 
